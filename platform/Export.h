@@ -1,0 +1,16 @@
+// Which symbols of the shared library are its promise to clients.
+#pragma once
+
+#if defined(__GNUC__)
+#define KESTRELINK_VISIBLE __attribute__((visibility("default")))
+#else
+#define KESTRELINK_VISIBLE
+#endif
+
+/// A class or constant that clients link against.
+#define KESTRELINK_EXPORT KESTRELINK_VISIBLE
+
+/// A class that clients only receive: they call its virtual operations through the object, and
+/// the library gives out its type information alone (cmake/exports.map), so that
+/// `std::dynamic_pointer_cast` works across the library's boundary.
+#define KESTRELINK_TYPE KESTRELINK_VISIBLE

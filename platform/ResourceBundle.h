@@ -1,0 +1,33 @@
+// The library's own resource bundle: a folder of files that belongs to the library.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kestrelink {
+
+/// A folder of resources, each found by name and extension. A name never leaves the folder.
+class ResourceBundle {
+ public:
+  explicit ResourceBundle(std::filesystem::path folder);
+
+  /// The bundle "com.norvane.Kestrelink.SAMLFramework": that folder in the `share` beside the `lib`
+  /// the running library was loaded from (for a static build: beside the program's own folder).
+  /// Looked up once, on first use, from any thread; null when there is none.
+  static const ResourceBundle* ofLibrary();
+
+  /// The resource's bytes; absent when there is no such regular file or it cannot be read.
+  std::optional<std::string> bytes(std::string_view name,
+                                   std::optional<std::string_view> extension) const;
+
+  /// The resource as UTF-8 text; absent also when it is no such text.
+  std::optional<std::string> text(std::string_view name,
+                                  std::optional<std::string_view> extension) const;
+
+ private:
+  std::filesystem::path folder_;
+};
+
+}  // namespace kestrelink

@@ -1,0 +1,11 @@
+// kestrelink-saml: reads and writes the SAML 2.0 messages with which a client signs a television
+// subscriber in. Include this; start at `SAMLParserController`.
+//
+// The library verifies no signature. Hand it only what has been verified.
+#pragma once
+
+#include "kestrelink/saml/SAMLConstants.h"         // IWYU pragma: export
+#include "kestrelink/saml/SAMLParserController.h"  // IWYU pragma: export
+#include "kestrelink/saml/elements/SAMLEvidence.h"  // IWYU pragma: export
+#include "kestrelink/saml/elements/SAMLKeyInfo.h"  // IWYU pragma: export
+#include "kestrelink/saml/messages/SAMLResponse.h"  // IWYU pragma: export

@@ -1,0 +1,33 @@
+// The library's exported constants.
+#pragma once
+
+#include <string_view>
+
+#include "kestrelink/platform/Export.h"
+
+namespace kestrelink {
+
+/// Domain of the errors of the SAML layer; the codes are listed at `ErrorInfo`.
+KESTRELINK_EXPORT extern const std::string_view SAMLParserErrorDomain;
+
+/// A key for detailed errors in an error's information map. No error carries it today.
+KESTRELINK_EXPORT extern const std::string_view SAMLParserDetailedErrorsKey;
+
+/// The action "Play", to be asked for in an authorisation decision query.
+KESTRELINK_EXPORT extern const std::string_view SAMLAuthZDecisionQueryActionPlay;
+
+/// Names under which providers send a subscriber's attributes (CableLabs OLCA attribute profile),
+/// for `SAMLResponse::attributeValuesForName`.
+KESTRELINK_EXPORT extern const std::string_view SAMLAttributePropertyNameUserID;
+KESTRELINK_EXPORT extern const std::string_view SAMLAttributePropertyNameHouseholdID;
+KESTRELINK_EXPORT extern const std::string_view SAMLAttributePropertyNameTransientID;
+KESTRELINK_EXPORT extern const std::string_view SAMLAttributePropertyNameAuthenticationTTL;
+KESTRELINK_EXPORT extern const std::string_view SAMLAttributePropertyNameHBAStatus;
+KESTRELINK_EXPORT extern const std::string_view SAMLAttributePropertyNamePostalCodes;
+KESTRELINK_EXPORT extern const std::string_view SAMLAttributePropertyNameChannelIDs;
+KESTRELINK_EXPORT extern const std::string_view SAMLAttributePropertyNameLanguage;
+KESTRELINK_EXPORT extern const std::string_view SAMLAttributePropertyNameAccountProviderID;
+KESTRELINK_EXPORT extern const std::string_view SAMLAttributePropertyNameMaxMPAAContentRating;
+KESTRELINK_EXPORT extern const std::string_view SAMLAttributePropertyNameMaxVCHIPContentRating;
+
+}  // namespace kestrelink

@@ -1,0 +1,65 @@
+#include "kestrelink/saml/SAMLParserController.h"
+
+#include <mutex>
+#include <utility>
+
+#include "kestrelink/platform/ResourceBundle.h"
+#include "kestrelink/platform/Text.h"
+#include "kestrelink/saml/SAMLElementClasses.h"
+#include "kestrelink/saml/elements/SAMLErrors.h"
+
+namespace kestrelink {
+namespace {
+
+SharedBytes readProtocolSchema() {
+  const ResourceBundle* const bundle = ResourceBundle::ofLibrary();
+  auto bytes = bundle ? bundle->bytes("saml-schema-protocol-2.0", "xsd") : std::nullopt;
+  return bytes ? std::make_shared<const std::string>(std::move(*bytes)) : nullptr;
+}
+
+}  // namespace
+
+SAMLParserController& SAMLParserController::sharedInstance() {
+  static SAMLParserController controller;
+  return controller;
+}
+
+SAMLParserController::SAMLParserController() : schemaData_(readProtocolSchema()) {
+  static std::once_flag once;
+  std::call_once(once, registerSAMLElementClasses);
+}
+
+SAMLParserController::~SAMLParserController() = default;
+
+std::shared_ptr<SAMLResponse> SAMLParserController::parseResponse(std::string_view response,
+                                                                  ErrorOut error) const {
+  auto read = readResponse(response, error);
+  const bool accepted = read && read->assertionMeetsConditions(error) && read->isValid(error);
+  return accepted ? read : nullptr;
+}
+
+std::shared_ptr<SAMLResponse> SAMLParserController::parseCachedResponse(std::string_view response,
+                                                                        ErrorOut error) const {
+  auto read = readResponse(response, error);
+  return read && read->isValid(error) ? read : nullptr;
+}
+
+std::shared_ptr<SAMLResponse> SAMLParserController::readResponse(std::string_view response,
+                                                                 ErrorOut error) const {
+  SharedBytes bytes = dataFromString(response, error);
+  return bytes ? SAMLResponse::initWithData(std::move(bytes), schemaData_, error) : nullptr;
+}
+
+SharedBytes SAMLParserController::dataFromString(std::string_view text, ErrorOut error) const {
+  if (!isUtf8(text)) {
+    storeError(error, kSAMLParserErrorDomain, 100);
+    return nullptr;
+  }
+  return std::make_shared<const std::string>(text);
+}
+
+const SharedBytes& SAMLParserController::schema() const { return schemaData_; }
+const SharedBytes& SAMLParserController::schemaData() const { return schemaData_; }
+void SAMLParserController::setSchemaData(SharedBytes schema) { schemaData_ = std::move(schema); }
+
+}  // namespace kestrelink

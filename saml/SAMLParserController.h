@@ -1,0 +1,67 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include "kestrelink/platform/Export.h"
+#include "kestrelink/platform/SharedBytes.h"
+#include "kestrelink/saml/messages/SAMLResponse.h"
+#include "kestrelink/xml/ErrorInfo.h"
+
+namespace kestrelink {
+
+/// The library's front door.
+///
+///     std::optional<ErrorInfo> error;
+///     auto response = SAMLParserController::sharedInstance().parseResponse(xml, &error);
+///     if (!response) report(error);
+///
+/// It holds the SAML 2.0 protocol schema, against which every message is validated. When the schema
+/// is missing from the library's resource bundle, messages are read without validation and nothing
+/// is reported: a client notices by asking `schema`, which then answers null.
+///
+/// Threads: every operation but `setSchemaData` may be called from several threads at once.
+class KESTRELINK_EXPORT SAMLParserController {
+ public:
+  /// The one controller that is shared, made on first use.
+  static SAMLParserController& sharedInstance();
+
+  /// Reads the schema from the resource bundle.
+  SAMLParserController();
+  ~SAMLParserController();
+  SAMLParserController(const SAMLParserController&) = delete;
+  SAMLParserController& operator=(const SAMLParserController&) = delete;
+
+  /// Reads a provider's answer: the XML text in UTF-8. Null when it is rejected; the error then
+  /// holds the last one written, which for an answer whose assertion has no conditions is none:
+  ///
+  /// - the text is not UTF-8 (`SAMLParserErrorDomain` 100), yields no XML ("XMLWrapperErrorDomain"
+  ///   200) or is not valid against the schema ("XMLWrapperErrorDomain" 100, described);
+  /// - its root is no response (102);
+  /// - it has assertions and now is in the time window of none (401);
+  /// - it has assertions and none is valid (401, 400), as when the authentication has ended.
+  ///
+  /// An accepted answer may still say no: ask `SAMLResponse::expectedAction`. No signature is
+  /// verified: whoever needs trust in the answer verifies it first.
+  std::shared_ptr<SAMLResponse> parseResponse(std::string_view response,
+                                              ErrorOut error = nullptr) const;
+
+  /// The same without the time window: for an answer that the client kept.
+  std::shared_ptr<SAMLResponse> parseCachedResponse(std::string_view response,
+                                                    ErrorOut error = nullptr) const;
+
+  /// The text's bytes; null with code 100 of `SAMLParserErrorDomain` when it is not UTF-8.
+  SharedBytes dataFromString(std::string_view text, ErrorOut error = nullptr) const;
+
+  /// The bytes of the schema, or null.
+  const SharedBytes& schema() const;
+  const SharedBytes& schemaData() const;
+  void setSchemaData(SharedBytes schema);
+
+ private:
+  std::shared_ptr<SAMLResponse> readResponse(std::string_view response, ErrorOut error) const;
+
+  SharedBytes schemaData_;
+};
+
+}  // namespace kestrelink

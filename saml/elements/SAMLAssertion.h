@@ -1,0 +1,51 @@
+#pragma once
+
+#include "kestrelink/saml/elements/SAMLAttribute.h"
+#include "kestrelink/saml/elements/SAMLAuthNStatement.h"
+#include "kestrelink/saml/elements/SAMLAuthZDecision.h"
+#include "kestrelink/saml/elements/SAMLBaseElement.h"
+#include "kestrelink/saml/elements/SAMLConditions.h"
+#include "kestrelink/saml/elements/SAMLSignature.h"
+#include "kestrelink/saml/elements/SAMLSubject.h"
+
+namespace kestrelink {
+
+class SAMLAdvice;
+
+/// "Assertion" (SAML 2.0 core, section 2.3.3).
+class KESTRELINK_TYPE SAMLAssertion : public SAMLBaseElement {
+ public:
+  static const XMLWrapperElementClass elementClass;
+  /// An empty assertion: without "ID", "Version" and "IssueInstant", which the caller adds.
+  static std::shared_ptr<SAMLAssertion> createElement(ErrorOut error = nullptr);
+
+  virtual std::optional<std::string> identifier() const;  // "ID"
+  virtual std::optional<SAMLDate> issueInstant() const;
+  virtual std::optional<std::string> issuer() const;
+  virtual std::shared_ptr<SAMLSignature> signature() const;
+  virtual std::shared_ptr<SAMLSubject> subject() const;
+  virtual std::shared_ptr<SAMLConditions> conditions() const;
+  virtual std::shared_ptr<SAMLAdvice> advice() const;
+  virtual std::shared_ptr<SAMLAuthNStatement> authentication() const;
+  /// The children "AuthzDecisiontStatement", spelt so; the standard's spelling is not seen.
+  virtual std::vector<std::shared_ptr<SAMLAuthZDecision>> authorizations() const;
+  /// The attributes of the first attribute statement; later statements are not read.
+  virtual std::vector<std::shared_ptr<SAMLAttribute>> samlAttributes() const;
+
+  /// Whether signature and authentication statement, each if there is one, answer valid. If not:
+  /// code 500 for the signature, 401 for the statement, of `SAMLParserErrorDomain`. No signature is
+  /// ever verified: see `SAMLSignature::isValid`.
+  virtual bool isValid(ErrorOut error = nullptr) const;
+
+  /// Whether now lies in the time window of the conditions; if not, code 401 of
+  /// `SAMLParserErrorDomain`. False without an error when there are no conditions.
+  virtual bool meetsConditions(ErrorOut error = nullptr) const;
+
+  /// Whether the first audience restriction names exactly the requestor.
+  virtual bool isValidForRequestor(std::string_view requestor) const;
+
+  /// The decision of the first statement about exactly that resource.
+  virtual std::optional<std::string> authorizationForResource(std::string_view resource) const;
+};
+
+}  // namespace kestrelink

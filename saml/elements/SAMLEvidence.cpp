@@ -1,0 +1,57 @@
+#include "kestrelink/saml/elements/SAMLEvidence.h"
+
+#include "kestrelink/saml/elements/SAMLAssertion.h"
+#include "kestrelink/saml/elements/SAMLNames.h"
+#include "kestrelink/saml/elements/SAMLNamespaces.h"
+
+namespace kestrelink {
+
+constinit const XMLWrapperElementClass SAMLEvidence::elementClass{
+    "SAMLEvidence", &makeElementInstance<SAMLEvidence>};
+constinit const XMLWrapperElementClass SAMLAdvice::elementClass{"SAMLAdvice",
+                                                                &makeElementInstance<SAMLAdvice>};
+
+std::shared_ptr<SAMLEvidence> SAMLEvidence::createElement(ErrorOut /*error*/) {
+  auto element = makeElement<SAMLEvidence>(kEvidenceElementName);
+  element->setNamespace(SAMLAssertionNamespace());
+  return element;
+}
+
+std::optional<std::string> SAMLEvidence::assertionIdRef() const {
+  return childText(kAssertionIdRefElementName);
+}
+std::optional<std::string> SAMLEvidence::assertionURIRef() const {
+  return childText(kAssertionURIRefElementName);
+}
+std::shared_ptr<SAMLAssertion> SAMLEvidence::assertion() const {
+  return child<SAMLAssertion>(kAssertionElementName);
+}
+
+std::shared_ptr<SAMLAdvice> SAMLAdvice::createElement(ErrorOut /*error*/) {
+  auto element = makeElement<SAMLAdvice>(kAdviceElementName);
+  element->setNamespace(SAMLAssertionNamespace());
+  return element;
+}
+
+std::shared_ptr<SAMLAssertion> SAMLAdvice::assertion() const {
+  return child<SAMLAssertion>(kAssertionElementName);
+}
+void SAMLAdvice::setAssertion(const std::shared_ptr<SAMLAssertion>& assertion) {
+  addChildElement(assertion);
+}
+std::optional<std::string> SAMLAdvice::assertionIDRef() const {
+  return childText(kAssertionIdRefElementName);
+}
+std::optional<std::string> SAMLAdvice::assertionURIRef() const {
+  return childText(kAssertionURIRefElementName);
+}
+
+// The references stay empty: clients fill them in and would otherwise write their text twice.
+void SAMLAdvice::setAssertionIDRef(std::string_view /*text*/) {
+  addChildElement(XMLWrapperElement::initWithTagName(kAssertionIdRefElementName));
+}
+void SAMLAdvice::setAssertionURIRef(std::string_view /*text*/) {
+  addChildElement(XMLWrapperElement::initWithTagName(kAssertionURIRefElementName));
+}
+
+}  // namespace kestrelink

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "kestrelink/saml/elements/SAMLAssertion.h"
+#include "kestrelink/saml/elements/SAMLBaseElement.h"
+#include "kestrelink/saml/elements/SAMLSignature.h"
+#include "kestrelink/saml/elements/SAMLStatus.h"
+
+namespace kestrelink {
+
+/// "Response" (SAML 2.0 core, section 3.3.3): the root of a provider's answer.
+class KESTRELINK_TYPE SAMLResponseElement : public SAMLBaseElement {
+ public:
+  using Assertions = std::vector<std::shared_ptr<SAMLAssertion>>;
+
+  static const XMLWrapperElementClass elementClass;
+  static std::shared_ptr<SAMLResponseElement> createElement(ErrorOut error = nullptr);
+
+  virtual std::optional<std::string> identifier() const;      // "ID"
+  virtual std::optional<std::string> relatedRequest() const;  // "InResponseTo"
+  virtual std::optional<SAMLDate> issueInstant() const;
+  /// The attribute "Decision", not "Destination": clients rely on a destination that is absent.
+  virtual std::optional<std::string> destination() const;
+  virtual std::optional<std::string> consent() const;
+  virtual std::optional<std::string> issuer() const;
+  virtual std::shared_ptr<SAMLSignature> signature() const;
+  virtual std::shared_ptr<SAMLStatus> status() const;
+  /// In document order. Absent, not empty, for a logout response.
+  virtual std::optional<Assertions> assertions() const;
+
+  /// Whether some assertion meets its conditions, or there are none. Sets the error, whatever the
+  /// answer, to that of the last assertion asked that had one, or to none; leaves it as it is when
+  /// there are no assertions.
+  virtual bool assertionMeetsConditions(ErrorOut error = nullptr) const;
+
+  /// The authentication statement of the first assertion that has one, or null.
+  virtual std::shared_ptr<SAMLAuthNStatement> authnStatement() const;
+};
+
+/// "LogoutResponse" (SAML 2.0 core, section 3.7.2): no assertions, nothing to meet.
+class KESTRELINK_TYPE SAMLLogoutResponseElement : public SAMLResponseElement {
+ public:
+  static const XMLWrapperElementClass elementClass;
+
+  std::optional<Assertions> assertions() const override;
+  bool assertionMeetsConditions(ErrorOut error = nullptr) const override;
+};
+
+}  // namespace kestrelink

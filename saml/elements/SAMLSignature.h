@@ -1,0 +1,65 @@
+// XML Signature elements (W3C XML Signature, sections 4.1 to 4.3). They are read and never
+// verified: no digest is computed, no key used, no certificate checked.
+#pragma once
+
+#include "kestrelink/saml/elements/SAMLBaseElement.h"
+
+namespace kestrelink {
+
+class SAMLKeyInfo;
+
+/// "Reference": what is signed, and its digest.
+class KESTRELINK_TYPE SAMLSignatureReference : public SAMLBaseElement {
+ public:
+  static const XMLWrapperElementClass elementClass;
+  static std::shared_ptr<SAMLSignatureReference> createElement(ErrorOut error = nullptr);
+
+  virtual std::optional<std::string> identifier() const;  // "ID"
+  virtual std::optional<std::string> uri() const;
+  virtual std::optional<std::string> type() const;
+  /// The algorithm of each transform, in order; a transform without one is passed over.
+  virtual std::vector<std::string> transforms() const;
+  virtual std::optional<std::string> digestMethod() const;
+  virtual std::optional<std::vector<std::uint8_t>> digestValue() const;
+};
+
+/// "SignedInfo".
+class KESTRELINK_TYPE SAMLSignedInfo : public SAMLBaseElement {
+ public:
+  static const XMLWrapperElementClass elementClass;
+  static std::shared_ptr<SAMLSignedInfo> createElement(ErrorOut error = nullptr);
+
+  virtual std::optional<std::string> identifier() const;  // "ID"
+  virtual std::optional<std::string> canonicalizationMethod() const;
+  virtual std::optional<std::string> signatureMethod() const;
+  /// The "HMACOutputLength" inside "SignatureMethod".
+  virtual std::optional<double> signatureMethodLength() const;
+  virtual std::vector<std::shared_ptr<SAMLSignatureReference>> references() const;
+
+  /// Writes the canonicalisation method, the signature method and the references; other children
+  /// are dropped for good. Without one of the methods nothing is dropped and nothing written:
+  /// absent, with a line in the log.
+  DetachedNode xmlNode(ErrorOut error = nullptr) override;
+};
+
+/// "Signature".
+class KESTRELINK_TYPE SAMLSignature : public SAMLBaseElement {
+ public:
+  static const XMLWrapperElementClass elementClass;
+  static std::shared_ptr<SAMLSignature> createElement(ErrorOut error = nullptr);
+
+  virtual std::optional<std::string> identifier() const;  // "ID"
+  virtual std::shared_ptr<SAMLSignedInfo> signedInfo() const;
+  virtual std::optional<std::vector<std::uint8_t>> signatureValue() const;
+  virtual std::optional<std::string> signatureValueId() const;
+  virtual std::shared_ptr<SAMLKeyInfo> keyInfo() const;
+
+  /// True, always, without looking at anything: trust in a message is to be had before the message
+  /// is handed to this library.
+  virtual bool isValid() const;
+};
+
+/// The algorithms of the "Transform" elements in the first "Transforms" of an element.
+std::vector<std::string> transformsOf(const XMLWrapperElement& element);
+
+}  // namespace kestrelink

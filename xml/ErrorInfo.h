@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kestrelink {
+
+/// Why an operation failed.
+///
+/// Domain "XMLWrapperErrorDomain" (the XML layer):
+///
+/// | code | when |
+/// |---|---|
+/// | 100 | the document is not valid against the schema, or could not be validated; described |
+/// | 101 | a document, root element or buffer could not be made while writing XML |
+/// | 200 | the bytes yield no XML tree at all |
+/// | 201 | an XPath evaluation could not be prepared |
+/// | 204 | an attribute could not be written |
+/// | 205 | a namespace declaration could not be written |
+/// | 300 | the XPath expression could not be evaluated (syntax, unknown prefix or function) |
+/// | 301 | the XPath result is a number, a string or a boolean, not a set of nodes |
+///
+/// Domain `SAMLParserErrorDomain` (the SAML layer):
+///
+/// | code | when |
+/// |---|---|
+/// | 100 | the text is not UTF-8 |
+/// | 102 | the document's root is not the element expected; `kReceivedClassKey` names its class |
+/// | 201 | a class without a maker of its own was asked to make an element |
+/// | 400 | there are assertions, none is valid, and none said why |
+/// | 401 | an authentication statement has expired, or now is outside an assertion's time window |
+/// | 500 | a signature element says of itself that it is not valid |
+struct ErrorInfo {
+  std::string domain;
+  std::int64_t code = 0;
+  /// Empty for most errors; else one entry under `kLocalizedDescriptionKey` or `kReceivedClassKey`.
+  std::map<std::string, std::string, std::less<>> info;
+
+  bool operator==(const ErrorInfo&) const = default;
+};
+
+/// Where an operation puts its error; null when the caller does not want it. Written on failure
+/// only, unless an operation says otherwise.
+using ErrorOut = std::optional<ErrorInfo>*;
+
+inline constexpr std::string_view kXMLWrapperErrorDomain = "XMLWrapperErrorDomain";
+
+/// Key of the text that describes an error.
+inline constexpr std::string_view kLocalizedDescriptionKey = "localizedDescription";
+
+/// Key of the class name that came with code 102. Kept as it is spelt: clients match this text.
+inline constexpr std::string_view kReceivedClassKey = "recievedClass";
+
+inline void storeError(ErrorOut error, std::string_view domain, std::int64_t code) {
+  if (error != nullptr) *error = ErrorInfo{std::string(domain), code, {}};
+}
+
+inline void storeError(ErrorOut error, std::string_view domain, std::int64_t code,
+                       std::string_view key, std::string_view value) {
+  if (error == nullptr) return;
+  *error = ErrorInfo{std::string(domain), code, {{std::string(key), std::string(value)}}};
+}
+
+}  // namespace kestrelink

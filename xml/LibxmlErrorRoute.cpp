@@ -1,0 +1,59 @@
+#include "kestrelink/xml/LibxmlErrorRoute.h"
+
+#include <array>
+#include <cstdio>
+
+#include "kestrelink/platform/DiagnosticLog.h"
+
+namespace kestrelink {
+namespace {
+
+// A hostile message can hold an error in every byte.
+constexpr int kMostLines = 8;
+
+template <typename... Numbers>
+void logNumbers(const char* format, Numbers... numbers) noexcept {
+  std::array<char, 96> line{};
+  std::snprintf(line.data(), line.size(), format, numbers...);
+  logDiagnostic(line.data());
+}
+
+}  // namespace
+
+LibxmlErrorRoute::LibxmlErrorRoute(During during) noexcept
+    : structuredBefore_(xmlStructuredError),
+      structuredContextBefore_(xmlStructuredErrorContext),
+      genericBefore_(xmlGenericError),
+      genericContextBefore_(xmlGenericErrorContext) {
+  xmlSetStructuredErrorFunc(this, during == During::parsing ? &structured : nullptr);
+  xmlSetGenericErrorFunc(this, &generic);
+}
+
+LibxmlErrorRoute::~LibxmlErrorRoute() {
+  xmlSetStructuredErrorFunc(structuredContextBefore_, structuredBefore_);
+  xmlSetGenericErrorFunc(genericContextBefore_, genericBefore_);
+  if (count_ > kMostLines) logNumbers("libxml2: %d more errors", count_ - kMostLines);
+}
+
+void LibxmlErrorRoute::structured(void* route, LibxmlErrorRecord error) noexcept {
+  if (error != nullptr) static_cast<LibxmlErrorRoute*>(route)->report(*error);
+}
+
+// libxml2 calls this several times for one error, with pieces of its text; the record says more.
+void LibxmlErrorRoute::generic(void* route, const char* /*format*/, ...) noexcept {
+  if (const xmlError* error = libxmlLastError()) {
+    auto* self = static_cast<LibxmlErrorRoute*>(route);
+    const xmlError& last = self->lastReported_;
+    const bool again = last.domain == error->domain && last.code == error->code &&
+                       last.line == error->line && last.int2 == error->int2;
+    if (!again) self->report(*error);
+  }
+}
+
+void LibxmlErrorRoute::report(const xmlError& error) noexcept {
+  lastReported_ = error;
+  if (++count_ > kMostLines) return;
+  logNumbers("libxml2: error domain %d code %d line %d", error.domain, error.code, error.line);
+}
+
+}  // namespace kestrelink

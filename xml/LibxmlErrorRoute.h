@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include "kestrelink/xml/LibxmlCompat.h"
+
+namespace kestrelink {
+
+/// While it lives, what libxml2 would print on standard error for this thread goes to the
+/// diagnostic log instead, as domain, code and line: its own text would quote the message. The
+/// handlers the thread had are back afterwards.
+class LibxmlErrorRoute {
+ public:
+  enum class During {
+    parsing,  // also XPath: libxml2's errors come to us alone
+    schema,   // the schema callbacks report, so libxml2 must not prefer a structured handler
+  };
+
+  explicit LibxmlErrorRoute(During during) noexcept;
+  ~LibxmlErrorRoute();
+  LibxmlErrorRoute(const LibxmlErrorRoute&) = delete;
+  LibxmlErrorRoute& operator=(const LibxmlErrorRoute&) = delete;
+
+ private:
+  static void structured(void* route, LibxmlErrorRecord error) noexcept;
+  static void generic(void* route, const char* format, ...) noexcept;
+  void report(const xmlError& error) noexcept;
+
+  xmlStructuredErrorFunc structuredBefore_;
+  void* structuredContextBefore_;
+  xmlGenericErrorFunc genericBefore_;
+  void* genericContextBefore_;
+  xmlError lastReported_{};
+  int count_ = 0;
+};
+
+}  // namespace kestrelink

@@ -1,0 +1,78 @@
+// Owners of libxml2's handles. No other file frees one.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+struct _xmlBuffer;
+struct _xmlDoc;
+struct _xmlNode;
+struct _xmlNs;
+struct _xmlSchema;
+struct _xmlSchemaParserCtxt;
+struct _xmlSchemaValidCtxt;
+struct _xmlXPathContext;
+struct _xmlXPathObject;
+
+namespace kestrelink {
+
+struct LibxmlFree {
+  void operator()(_xmlBuffer* buffer) const noexcept;
+  void operator()(_xmlDoc* doc) const noexcept;
+  void operator()(_xmlNode* node) const noexcept;
+  void operator()(_xmlNs* ns) const noexcept;
+  void operator()(_xmlSchema* schema) const noexcept;
+  void operator()(_xmlSchemaParserCtxt* context) const noexcept;
+  void operator()(_xmlSchemaValidCtxt* context) const noexcept;
+  void operator()(_xmlXPathContext* context) const noexcept;
+  void operator()(_xmlXPathObject* object) const noexcept;
+};
+
+using XmlBufferOwner = std::unique_ptr<_xmlBuffer, LibxmlFree>;
+using XmlDocOwner = std::unique_ptr<_xmlDoc, LibxmlFree>;
+using XmlNodeOwner = std::unique_ptr<_xmlNode, LibxmlFree>;
+using XmlNsOwner = std::unique_ptr<_xmlNs, LibxmlFree>;
+using XmlSchemaOwner = std::unique_ptr<_xmlSchema, LibxmlFree>;
+using XmlSchemaParserOwner = std::unique_ptr<_xmlSchemaParserCtxt, LibxmlFree>;
+using XmlSchemaValidatorOwner = std::unique_ptr<_xmlSchemaValidCtxt, LibxmlFree>;
+using XmlXPathContextOwner = std::unique_ptr<_xmlXPathContext, LibxmlFree>;
+using XmlXPathObjectOwner = std::unique_ptr<_xmlXPathObject, LibxmlFree>;
+
+/// A libxml2 tree that outlives whoever made it for as long as somebody reads it.
+using SharedXmlDoc = std::shared_ptr<_xmlDoc>;
+
+/// A node together with the tree it is in; `doc` is null for a node that is in none.
+struct XmlNodeRef {
+  SharedXmlDoc doc;
+  _xmlNode* node = nullptr;
+};
+
+/// A new element node with its subtree, in no document, or absent. It keeps the namespace records
+/// that only its attributes refer to, which libxml2 would not free.
+class DetachedNode {
+ public:
+  DetachedNode() = default;
+  explicit DetachedNode(XmlNodeOwner node) : node_(std::move(node)) {}
+
+  explicit operator bool() const { return node_ != nullptr; }
+  _xmlNode* get() const { return node_.get(); }
+
+  /// Makes the child, if it is present, the last child; false when libxml2 refuses.
+  bool addChild(DetachedNode child);
+
+  /// Keeps the record for as long as the node.
+  void keep(XmlNsOwner attributeNamespace) {
+    attributeNamespaces_.push_back(std::move(attributeNamespace));
+  }
+
+  /// Makes the node the root of a document, which keeps all that the node kept; null when either
+  /// is absent.
+  static SharedXmlDoc intoDocument(DetachedNode root, XmlDocOwner doc);
+
+ private:
+  // In this order: the node goes first, then what its attributes refer to.
+  std::vector<XmlNsOwner> attributeNamespaces_;
+  XmlNodeOwner node_;
+};
+
+}  // namespace kestrelink

@@ -1,0 +1,29 @@
+// Between libxml2's characters and ours: the same UTF-8 bytes under two types.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <libxml/xmlstring.h>
+
+namespace kestrelink {
+
+inline std::string_view viewOf(const xmlChar* text) {
+  return text == nullptr ? std::string_view() : reinterpret_cast<const char*>(text);
+}
+
+inline std::optional<std::string> textOf(const xmlChar* text) {
+  if (text == nullptr) return std::nullopt;
+  return std::string(viewOf(text));
+}
+
+inline const xmlChar* xmlTextOf(const std::string& text) {
+  return reinterpret_cast<const xmlChar*>(text.c_str());
+}
+
+inline const xmlChar* xmlTextOf(const std::optional<std::string>& text) {
+  return text ? xmlTextOf(*text) : nullptr;
+}
+
+}  // namespace kestrelink

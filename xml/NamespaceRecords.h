@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "kestrelink/xml/NamespaceMap.h"
+
+struct _xmlNs;
+
+namespace kestrelink {
+
+class XMLWrapperQuery;
+
+/// The namespace records of one parse tree while it is read: each is read once, whatever the number
+/// of elements and attributes that carry it.
+class NamespaceRecords {
+ public:
+  /// What an element in that namespace records: its own record and those that its `next` links
+  /// lead to, not the element's declarations. Nothing for null.
+  NamespaceMap recordedFrom(const _xmlNs* own);
+
+  /// The namespace of an attribute; null for null.
+  NamespaceMap::Entry namespaceOf(const _xmlNs* record);
+
+  /// Registers what the elements recorded, as if each had registered its own when it was read: of
+  /// two bindings of a prefix the one read last is registered.
+  void registerWith(XMLWrapperQuery& query) const;
+
+ private:
+  struct List {
+    std::shared_ptr<NamespaceMap::ReversedList> entries =
+        std::make_shared<NamespaceMap::ReversedList>();
+    std::vector<std::uint64_t> lastRecordedAt;  // by length; 0 is never
+  };
+  struct Position {
+    List* list;
+    std::size_t length;  // of the suffix that begins with the record
+  };
+
+  Position positionOf(const _xmlNs* record);
+
+  std::vector<std::unique_ptr<List>> lists_;
+  std::unordered_map<const _xmlNs*, Position> positions_;
+  std::uint64_t recordings_ = 0;
+};
+
+}  // namespace kestrelink

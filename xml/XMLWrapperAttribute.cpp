@@ -1,0 +1,35 @@
+#include "kestrelink/xml/XMLWrapperAttribute.h"
+
+#include <libxml/tree.h>
+
+#include "kestrelink/xml/LibxmlHandles.h"
+#include "kestrelink/xml/LibxmlText.h"
+
+namespace kestrelink {
+
+std::shared_ptr<XMLWrapperAttribute> XMLWrapperAttribute::initWithNode(
+    const xmlAttr* record, std::shared_ptr<const XMLWrapperNamespace> ns) {
+  auto attribute = std::make_shared<XMLWrapperAttribute>();
+  attribute->name_ = viewOf(record->name);
+  attribute->type_ = static_cast<std::int32_t>(record->atype);
+  attribute->ns_ = std::move(ns);
+  const xmlNode* const first = record->children;
+  if (first != nullptr && first->type == XML_TEXT_NODE) attribute->value_ = textOf(first->content);
+  return attribute;
+}
+
+bool XMLWrapperAttribute::xmlAttrNodeForNode(DetachedNode& node, ErrorOut error) const {
+  xmlNs* record = nullptr;
+  if (ns_) {
+    XmlNsOwner standingAlone(ns_->xmlNsForNode(nullptr, error));
+    record = standingAlone.get();
+    if (standingAlone) node.keep(std::move(standingAlone));
+  }
+  const xmlAttr* const made =
+      ns_ ? xmlNewNsProp(node.get(), record, xmlTextOf(name_), xmlTextOf(value_))
+          : xmlNewProp(node.get(), xmlTextOf(name_), xmlTextOf(value_));
+  if (made == nullptr) storeError(error, kXMLWrapperErrorDomain, 204);
+  return made != nullptr;
+}
+
+}  // namespace kestrelink

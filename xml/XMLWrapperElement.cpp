@@ -1,0 +1,271 @@
+#include "kestrelink/xml/XMLWrapperElement.h"
+
+#include <algorithm>
+
+#include <libxml/tree.h>
+
+#include "kestrelink/platform/DiagnosticLog.h"
+#include "kestrelink/platform/Text.h"
+#include "kestrelink/xml/LibxmlDump.h"
+#include "kestrelink/xml/LibxmlText.h"
+#include "kestrelink/xml/XMLTreeReading.h"
+#include "kestrelink/xml/XMLWrapperElementFactory.h"
+#include "kestrelink/xml/XMLWrapperQuery.h"
+
+namespace kestrelink {
+
+constinit const XMLWrapperElementClass XMLWrapperElement::elementClass{
+    "XMLWrapperElement", &makeElementInstance<XMLWrapperElement>};
+
+XMLWrapperElement::XMLWrapperElement() = default;
+XMLWrapperElement::~XMLWrapperElement() = default;
+
+std::shared_ptr<XMLWrapperElement> XMLWrapperElementClass::makeInstance() const {
+  std::shared_ptr<XMLWrapperElement> instance = maker_();
+  instance->class_ = this;
+  return instance;
+}
+
+const XMLWrapperElementClass& XMLWrapperElement::dynamicClass() const { return *class_; }
+
+// Reading
+
+std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithNode(
+    const XMLWrapperElementClass& elementClass, const XmlNodeRef& node,
+    const std::shared_ptr<XMLWrapperQuery>& query) {
+  XMLTreeReading reading{node.doc, query, {}};
+  std::shared_ptr<XMLWrapperElement> element = reading.read(elementClass, node.node);
+  if (query) reading.namespaces.registerWith(*query);
+  return element;
+}
+
+// XPath hands in nodes of every kind, and libxml2 gives them all the type xmlNode; the fields read
+// here are those that the kind really has.
+void XMLWrapperElement::readNode(::xmlNode* node, XMLTreeReading& reading) {
+  node_ = node;
+  tree_ = reading.tree;
+  query_ = reading.query;
+  if (node->name != nullptr) tagName_ = viewOf(node->name);
+
+  const bool isElement = node->type == XML_ELEMENT_NODE;
+  const bool isAttribute = node->type == XML_ATTRIBUTE_NODE;
+  if (isElement || isAttribute) namespaces_ = reading.namespaces.recordedFrom(node->ns);
+  if (isElement) readAttributes(node, reading);
+  if (isElement || isAttribute || node->type == XML_DOCUMENT_NODE) readChildren(node, reading);
+}
+
+void XMLWrapperElement::readAttributes(const ::xmlNode* node, XMLTreeReading& reading) {
+  for (const xmlAttr* record = node->properties; record != nullptr; record = record->next) {
+    storeAttribute(
+        XMLWrapperAttribute::initWithNode(record, reading.namespaces.namespaceOf(record->ns)));
+  }
+}
+
+void XMLWrapperElement::readChildren(const ::xmlNode* node, XMLTreeReading& reading) {
+  for (::xmlNode* child = node->children; child != nullptr; child = child->next) {
+    if (child->type == XML_TEXT_NODE) {
+      appendText(trimmed(viewOf(child->content)));
+    } else if (child->type == XML_ELEMENT_NODE) {
+      elements_.push_back(
+          reading.read(XMLWrapperElementFactory::sharedInstance().classForXMLNode(child), child));
+    }
+  }
+}
+
+void XMLWrapperElement::appendText(std::string_view text) {
+  if (text.empty()) return;
+  if (!textContent_) textContent_.emplace();
+  textContent_->append(text);
+}
+
+// Making in memory
+
+std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithTagName(std::string_view tagName) {
+  auto element = std::make_shared<XMLWrapperElement>();
+  element->startWithTagName(tagName);
+  return element;
+}
+
+void XMLWrapperElement::startWithTagName(std::string_view tagName) {
+  tagName_ = tagName;
+  ownedNode_.reset(xmlNewNode(nullptr, xmlTextOf(*tagName_)));
+  node_ = ownedNode_.get();
+}
+
+// Properties
+
+const std::optional<std::string>& XMLWrapperElement::tagName() const { return tagName_; }
+void XMLWrapperElement::setTagName(std::optional<std::string> tagName) {
+  tagName_ = std::move(tagName);
+}
+
+const std::optional<std::string>& XMLWrapperElement::textContent() const { return textContent_; }
+void XMLWrapperElement::setTextContent(std::optional<std::string> textContent) {
+  textContent_ = std::move(textContent);
+}
+
+const std::optional<std::vector<std::string>>& XMLWrapperElement::childElementSequence() const {
+  return childElementSequence_;
+}
+void XMLWrapperElement::setChildElementSequence(std::optional<std::vector<std::string>> sequence) {
+  childElementSequence_ = std::move(sequence);
+}
+
+const std::shared_ptr<XMLWrapperQuery>& XMLWrapperElement::query() const { return query_; }
+void XMLWrapperElement::setQuery(std::shared_ptr<XMLWrapperQuery> query) {
+  query_ = std::move(query);
+}
+
+// Attributes and namespaces
+
+const XMLWrapperElement::AttributeMap& XMLWrapperElement::attributes() const { return attributes_; }
+
+std::shared_ptr<XMLWrapperAttribute> XMLWrapperElement::attributeWithName(
+    std::string_view name) const {
+  const auto found = std::find_if(attributes_.begin(), attributes_.end(),
+                                  [name](const auto& entry) { return entry.first == name; });
+  return found == attributes_.end() ? nullptr : found->second;
+}
+
+void XMLWrapperElement::setAttributeWithName(std::string_view name,
+                                             std::optional<std::string_view> value) {
+  auto attribute = std::make_shared<XMLWrapperAttribute>();
+  attribute->setName(std::string(name));
+  if (value) attribute->setValue(std::string(*value));
+  storeAttribute(std::move(attribute));
+}
+
+void XMLWrapperElement::storeAttribute(std::shared_ptr<XMLWrapperAttribute> attribute) {
+  for (auto& [name, stored] : attributes_) {
+    if (name == attribute->name()) {
+      stored = std::move(attribute);
+      return;
+    }
+  }
+  std::string name = attribute->name();
+  attributes_.emplace_back(std::move(name), std::move(attribute));
+}
+
+const NamespaceMap& XMLWrapperElement::namespaces() const { return namespaces_; }
+
+void XMLWrapperElement::setNamespace(const std::shared_ptr<const XMLWrapperNamespace>& ns) {
+  if (!ns) return;
+  namespaces_.set(ns);
+  if (query_) query_->registerNamespace(*ns);
+}
+
+// Children
+
+const XMLWrapperElement::List& XMLWrapperElement::elements() const { return elements_; }
+
+void XMLWrapperElement::setElements(List elements) {
+  std::erase_if(elements, [this](const auto& element) { return !mayAdopt(element); });
+  elements_ = std::move(elements);
+}
+
+XMLWrapperElement::List XMLWrapperElement::getElementsByTagName(std::string_view tagName) const {
+  List found;
+  for (const auto& element : elements_) {
+    if (element->tagName() == tagName) found.push_back(element);
+  }
+  return found;
+}
+
+std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstElementByTagName(
+    std::string_view tagName) const {
+  const auto found = std::find_if(elements_.begin(), elements_.end(), [tagName](const auto& child) {
+    return child->tagName() == tagName;
+  });
+  return found == elements_.end() ? nullptr : *found;
+}
+
+bool XMLWrapperElement::isChild(const std::shared_ptr<XMLWrapperElement>& element) const {
+  return std::find(elements_.begin(), elements_.end(), element) != elements_.end();
+}
+
+bool XMLWrapperElement::mayAdopt(const std::shared_ptr<XMLWrapperElement>& element) const {
+  if (!element) return false;
+  const auto holdsThis = [this](const auto& self, const XMLWrapperElement& candidate) -> bool {
+    return &candidate == this ||
+           std::any_of(candidate.elements_.begin(), candidate.elements_.end(),
+                       [&self](const auto& child) { return self(self, *child); });
+  };
+  if (!holdsThis(holdsThis, *element)) return true;
+  logDiagnostic("An element cannot be added below itself");
+  return false;
+}
+
+void XMLWrapperElement::addChildElement(const std::shared_ptr<XMLWrapperElement>& element) {
+  if (!isChild(element) && mayAdopt(element)) elements_.push_back(element);
+}
+
+void XMLWrapperElement::addChildElement(const std::shared_ptr<XMLWrapperElement>& element,
+                                        const std::shared_ptr<XMLWrapperElement>& before) {
+  if (isChild(element) || !mayAdopt(element)) return;
+  elements_.insert(std::find(elements_.begin(), elements_.end(), before), element);
+}
+
+void XMLWrapperElement::removeChildElement(const std::shared_ptr<XMLWrapperElement>& element) {
+  // A copy: the caller's reference may be the very entry that goes.
+  const std::shared_ptr<XMLWrapperElement> removed = element;
+  std::erase(elements_, removed);
+}
+
+void XMLWrapperElement::replaceChildElement(const std::shared_ptr<XMLWrapperElement>& oldElement,
+                                            const std::shared_ptr<XMLWrapperElement>& newElement) {
+  if (isChild(newElement) || !mayAdopt(newElement)) return;
+  const auto place = std::find(elements_.begin(), elements_.end(), oldElement);
+  if (place != elements_.end()) *place = newElement;
+}
+
+void XMLWrapperElement::reorderChildElements() {
+  List ordered;
+  for (const std::string& name : childElementSequence_.value_or(std::vector<std::string>())) {
+    const List named = getElementsByTagName(name);
+    ordered.insert(ordered.end(), named.begin(), named.end());
+  }
+  elements_ = std::move(ordered);
+}
+
+// XPath
+
+std::optional<XMLWrapperElement::List> XMLWrapperElement::getResultsByXpathQuery(
+    std::string_view xpath) const {
+  const SharedXmlDoc tree = tree_.lock();
+  if (!query_ || node_ == nullptr || (!ownedNode_ && !tree)) return std::nullopt;
+  std::optional<ErrorInfo> error;
+  std::optional<List> results = query_->executeXpathQuery({tree, node_}, xpath, &error);
+  if (!results && error) logDiagnostic(error->domain + " " + std::to_string(error->code));
+  return results;
+}
+
+std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstResultByXpathQuery(
+    std::string_view xpath) const {
+  const std::optional<List> results = getResultsByXpathQuery(xpath);
+  return results && !results->empty() ? results->front() : nullptr;
+}
+
+// Writing
+
+DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
+  DetachedNode node(XmlNodeOwner(tagName_ ? xmlNewNode(nullptr, xmlTextOf(*tagName_)) : nullptr));
+  if (!node) return {};
+  if (childElementSequence_) reorderChildElements();
+
+  for (const auto& [name, attribute] : attributes_) attribute->xmlAttrNodeForNode(node, error);
+  for (std::size_t position = 0; position < namespaces_.size(); ++position) {
+    namespaces_.at(position)->xmlNsForNode(node.get(), error);
+  }
+  if (node.get()->nsDef != nullptr) xmlSetNs(node.get(), node.get()->nsDef);
+  if (textContent_) xmlAddChild(node.get(), xmlNewText(xmlTextOf(*textContent_)));
+  for (const auto& child : elements_) node.addChild(child->xmlNode(error));
+  return node;
+}
+
+std::optional<std::string> XMLWrapperElement::xmlString(ErrorOut error) {
+  const DetachedNode node = xmlNode(error);
+  if (!node) return std::nullopt;
+  return dumpedXml(node.get(), error);
+}
+
+}  // namespace kestrelink

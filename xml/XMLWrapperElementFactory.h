@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string_view>
+
+#include "kestrelink/xml/XMLWrapperElementClass.h"
+
+struct _xmlNode;
+
+namespace kestrelink {
+
+inline constexpr std::string_view kXMLWrapperDefaultElementKey = "DefaultElementClass";
+
+/// Which element class represents a node: a process-wide registry by local name. Prefix and
+/// namespace are not looked at.
+///
+/// Threads: everything may be called from any thread at any time; look-ups take no lock.
+class XMLWrapperElementFactory {
+ public:
+  static XMLWrapperElementFactory& sharedInstance();
+
+  /// Stores the class under the name, in the place of an earlier one. An absent class or an empty
+  /// name is ignored.
+  static void registerClass(const XMLWrapperElementClass* elementClass,
+                            std::string_view forElementName);
+
+  /// The class registered under exactly that name, or null.
+  static const XMLWrapperElementClass* elementClassByTagName(std::string_view tagName);
+
+  /// 0 for every name: no element is given a type.
+  static unsigned elementTypeByTagName(std::string_view tagName);
+
+  /// The class registered for the node's local name, or else the one registered under
+  /// "DefaultElementClass".
+  const XMLWrapperElementClass& classForXMLNode(const _xmlNode* node) const;
+
+ private:
+  XMLWrapperElementFactory();
+};
+
+}  // namespace kestrelink

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "kestrelink/xml/ErrorInfo.h"
+
+struct _xmlNode;
+struct _xmlNs;
+
+namespace kestrelink {
+
+/// One namespace binding: a URI and its prefix. A default namespace has no prefix.
+class XMLWrapperNamespace {
+ public:
+  XMLWrapperNamespace() = default;
+  XMLWrapperNamespace(std::optional<std::string> prefix, std::optional<std::string> href)
+      : prefix_(std::move(prefix)), href_(std::move(href)) {}
+
+  /// Reads a libxml2 namespace record.
+  static std::shared_ptr<XMLWrapperNamespace> initWithNsNode(const _xmlNs* record);
+
+  const std::optional<std::string>& prefix() const { return prefix_; }
+  void setPrefix(std::optional<std::string> prefix) { prefix_ = std::move(prefix); }
+
+  const std::optional<std::string>& href() const { return href_; }
+  void setHref(std::optional<std::string> href) { href_ = std::move(href); }
+
+  /// Declares the namespace on a node, which owns the record; with no node the record stands alone
+  /// and is the caller's. Null with code 205 when libxml2 makes none, as for a prefix that the node
+  /// already declares.
+  _xmlNs* xmlNsForNode(_xmlNode* node, ErrorOut error = nullptr) const;
+
+ private:
+  std::optional<std::string> prefix_;
+  std::optional<std::string> href_;
+};
+
+}  // namespace kestrelink
