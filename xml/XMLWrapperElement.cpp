@@ -31,10 +31,10 @@ const XMLWrapperElementClass& XMLWrapperElement::dynamicClass() const { return *
 // Reading
 
 std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithNode(
-    const XMLWrapperElementClass& elementClass, const XmlNodeRef& node,
+    const XMLWrapperElementClass& asClass, const XmlNodeRef& node,
     const std::shared_ptr<XMLWrapperQuery>& query) {
   XMLTreeReading reading{node.doc, query, {}};
-  std::shared_ptr<XMLWrapperElement> element = reading.read(elementClass, node.node);
+  std::shared_ptr<XMLWrapperElement> element = reading.read(asClass, node.node);
   if (query) reading.namespaces.registerWith(*query);
   return element;
 }

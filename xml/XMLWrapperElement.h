@@ -42,7 +42,7 @@ class KESTRELINK_TYPE XMLWrapperElement {
   /// Builds an element of that class, and all below it, from a node of any kind but a namespace
   /// node, which is no part of the tree.
   static std::shared_ptr<XMLWrapperElement> initWithNode(
-      const XMLWrapperElementClass& elementClass, const XmlNodeRef& node,
+      const XMLWrapperElementClass& asClass, const XmlNodeRef& node,
       const std::shared_ptr<XMLWrapperQuery>& query);
 
   /// A plain element made in memory.

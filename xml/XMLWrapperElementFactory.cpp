@@ -18,9 +18,12 @@ namespace {
 // Entries are only ever added, in front of their chain, and live as long as the process: a reader
 // needs no lock, and may still read while the process ends.
 struct Entry {
-  std::string name;
+  Entry(std::string_view tagName, const XMLWrapperElementClass& registered, Entry* rest)
+      : name(tagName), elementClass(&registered), next(rest) {}
+
+  const std::string name;
   std::atomic<const XMLWrapperElementClass*> elementClass;
-  Entry* next;
+  Entry* const next;
 };
 
 constinit std::array<std::atomic<Entry*>, 64> chains{};
@@ -43,7 +46,7 @@ void store(const XMLWrapperElementClass& elementClass, std::string_view name) {
     return;
   }
   std::atomic<Entry*>& chain = chainOf(name);
-  auto entry = std::make_unique<Entry>(std::string(name), &elementClass, chain.load());
+  auto entry = std::make_unique<Entry>(name, elementClass, chain.load());
   chain.store(entry.release(), std::memory_order_release);
 }
 

@@ -163,9 +163,12 @@ xmlParserInput* XMLWExternalEntityLoader(const char* url, const char* /*publicId
     const auto extension =
         dot == std::string_view::npos ? std::nullopt : std::optional(file.substr(dot + 1));
     const std::optional<std::string> text = bundle->text(file.substr(0, dot), extension);
-    if (!text) return nullptr;
-    // libxml2 copies the text into the stream and owns it.
-    return xmlNewStringInputStream(context, xmlTextOf(*text));
+    if (!text || text->size() > INT_MAX) return nullptr;
+    // A plain string stream would read our text after it is gone; a buffer takes a copy of its own.
+    xmlParserInputBuffer* const copy = xmlParserInputBufferCreateMem(
+        text->data(), static_cast<int>(text->size()), XML_CHAR_ENCODING_NONE);
+    return copy == nullptr ? nullptr
+                           : xmlNewIOInputStream(context, copy, XML_CHAR_ENCODING_NONE);
   } catch (const std::exception&) {
     return nullptr;
   }

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ksaml {
+
+/// The text behind a base64 form value (RFC 4648, section 4; white space is allowed anywhere);
+/// absent when it is none.
+std::optional<std::string> fromBase64(std::string_view formValue);
+
+}  // namespace ksaml

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace ksaml {
+
+/// The bytes of a file, or of standard input for "-"; absent, with a line on standard error, when
+/// they cannot be read.
+std::optional<std::string> readInput(const std::string& path);
+
+}  // namespace ksaml

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+#include "Reading.h"
+
+namespace ksaml {
+
+/// The reading as one JSON object on one line. Every key is always there; null is absent.
+std::string jsonReport(const Reading& reading, const ReadOptions& options);
+
+}  // namespace ksaml

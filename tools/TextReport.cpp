@@ -1,0 +1,215 @@
+#include "TextReport.h"
+
+#include <chrono>
+
+#include "Table.h"
+#include "TimeText.h"
+
+namespace ksaml {
+namespace {
+
+using kestrelink::SAMLAssertion;
+using kestrelink::SAMLDate;
+using kestrelink::SAMLResponse;
+
+SAMLDate now() { return std::chrono::system_clock::now(); }
+
+std::string ago(const SAMLDate& date) {
+  return spanText(now().seconds() - date.seconds()) + " ago";
+}
+std::string ahead(const SAMLDate& date) {
+  return "in " + spanText(date.seconds() - now().seconds());
+}
+std::string beside(const SAMLDate& date) { return date > now() ? ahead(date) : ago(date); }
+
+/// The date attribute with where it lies; empty when the element has none.
+std::string dateAttribute(const kestrelink::XMLWrapperElement& element, std::string_view name,
+                          const std::optional<SAMLDate>& date) {
+  if (date) return dateText(*date) + " (" + beside(*date) + ")";
+  const auto text = attributeText(element, name);
+  if (!text) return {};
+  return "\"" + printable(*text) + "\" (does not parse: read as absent)";
+}
+
+// Verdict
+
+struct KnownError {
+  std::string_view domain;
+  std::int64_t code;
+  const char* sentence;
+};
+
+constexpr std::string_view kXml = kestrelink::kXMLWrapperErrorDomain;
+constexpr std::string_view kSaml = "SAMLParserErrorDomain";
+constexpr KnownError kKnownErrors[] = {
+    {kXml, 100, "it is not valid against the SAML 2.0 protocol schema"},
+    {kXml, 200, "there is no XML in it"},
+    {kSaml, 100, "it is not UTF-8 text"},
+    {kSaml, 102, "its root element is neither Response nor LogoutResponse"},
+    {kSaml, 400, "it has assertions, but none is valid"},
+    {kSaml, 500, "a signature says that it is not valid"},
+};
+
+const char* timeReason(const SAMLResponse& response) {
+  return response.assertionMeetsConditions()
+             ? "no assertion's authentication holds any longer"
+             : "now is outside the time window of every assertion";
+}
+
+std::string reasonOf(const Reading& reading) {
+  if (!reading.error) {
+    return reading.response ? "no assertion meets conditions: the last one has none"
+                            : "there is no element in it";
+  }
+  for (const KnownError& known : kKnownErrors) {
+    if (known.domain == reading.error->domain && known.code == reading.error->code) {
+      return known.sentence;
+    }
+  }
+  return reading.response ? timeReason(*reading.response) : "it could not be read";
+}
+
+std::string errorDetails(const kestrelink::ErrorInfo& error) {
+  std::string text = "  " + error.domain + " " + std::to_string(error.code) + "\n";
+  for (const auto& [key, value] : error.info) {
+    std::size_t from = 0;
+    while (from < value.size()) {
+      const std::size_t end = std::min(value.find('\n', from), value.size());
+      if (end > from) text += "  " + printable(value.substr(from, end - from)) + "\n";
+      from = end + 1;
+    }
+  }
+  return text;
+}
+
+std::string verdict(const Reading& reading, bool colour) {
+  const std::string word = reading.accepted ? "accepted" : "rejected";
+  std::string text = printable(reading.file) + ": ";
+  text += colour ? (reading.accepted ? "\033[1;32m" : "\033[1;31m") + word + "\033[0m" : word;
+  if (!reading.accepted) text += ": " + reasonOf(reading);
+  text += "\n";
+  if (reading.error) text += errorDetails(*reading.error);
+  if (!reading.validated) text += "  not validated: no schema\n";
+  return text;
+}
+
+// Answers
+
+std::string shown(const std::optional<std::string>& text) {
+  return text ? printable(*text) : "(none)";
+}
+
+std::string subjectText(const std::shared_ptr<kestrelink::SAMLSubject>& subject) {
+  if (!subject) return "(none)";
+  const auto identifier = nameIdentifierOf(*subject);
+  if (!identifier) return "(without a name identifier)";
+  std::string text = shown(identifier->textContent());
+  if (const auto format = attributeText(*identifier, "Format")) {
+    text += " (" + printable(*format) + ")";
+  }
+  return text;
+}
+
+std::string authenticationText(const SAMLResponse& response) {
+  const auto& element = response.responseElement();
+  const auto statement = element ? element->authnStatement() : nullptr;
+  if (!statement) return "(no authentication statement)";
+  const std::string end =
+      dateAttribute(*statement, "SessionNotOnOrAfter", statement->sessionNotOnOrAfter());
+  if (end.empty()) return "not valid: its statement names no end";
+  const auto date = statement->sessionNotOnOrAfter();
+  const char* state = !date ? "not valid: until " : *date > now() ? "until " : "ended ";
+  return state + end;
+}
+
+std::string nextText(const SAMLResponse& response) {
+  switch (response.expectedAction()) {
+    case kestrelink::SAMLExpectedActionProceed:
+      return "proceed";
+    case kestrelink::SAMLExpectedActionPresentUI:
+      return "show the provider's sign-in user interface";
+    case kestrelink::SAMLExpectedActionNone:
+      break;
+  }
+  return "nothing the client can do";
+}
+
+std::string conditionsText(const SAMLAssertion& assertion) {
+  const auto conditions = assertion.conditions();
+  if (!conditions) return "no conditions, so never met";
+  const auto from = conditions->notBefore();
+  const auto until = conditions->notOnOrAfter();
+  std::string text = "conditions met";
+  if (from && *from > now()) {
+    text = "not yet valid, for " + spanText(from->seconds() - now().seconds());
+  } else if (until && *until <= now()) {
+    text = "expired by " + spanText(now().seconds() - until->seconds());
+  }
+  const std::string start = dateAttribute(*conditions, "NotBefore", from);
+  const std::string end = dateAttribute(*conditions, "NotOnOrAfter", until);
+  if (!start.empty()) text += ", from " + start;
+  if (!end.empty()) text += ", until " + end;
+  return text;
+}
+
+std::string assertionsText(const std::optional<kestrelink::SAMLResponseElement::Assertions>& all) {
+  if (!all) return {};
+  Table table;
+  for (const auto& assertion : *all) {
+    table.add(shown(assertion->identifier()),
+              std::string(assertion->isValid() ? "valid; " : "not valid; ") +
+                  conditionsText(*assertion));
+  }
+  return table.empty() ? "" : "\n  Assertions\n" + table.text("    ");
+}
+
+std::string joined(const std::vector<std::string>& parts, std::string_view separator) {
+  std::string text;
+  for (const std::string& part : parts) {
+    if (!text.empty()) text += separator;
+    text += printable(part);
+  }
+  return text.empty() ? "(none)" : text;
+}
+
+std::string attributesText(const SAMLResponse& response) {
+  Table table;
+  for (const auto& [name, values] : response.attributes()) {
+    table.add(printable(name), joined(values, ", "));
+  }
+  return table.empty() ? "" : "\n  Attributes\n" + table.text("    ");
+}
+
+std::string decisionsText(const SAMLResponse& response, const ReadOptions& options) {
+  Table table;
+  for (const std::string& resource : options.resources) {
+    table.add(printable(resource), shown(response.authorizationStatusForResource(resource)));
+  }
+  return table.empty() ? "" : "\n  Decisions\n" + table.text("    ");
+}
+
+std::string answers(const SAMLResponse& response, const ReadOptions& options) {
+  Table table;
+  const auto assertions = response.assertions();
+  table.add("Root", shown(response.documentElement()->tagName()));
+  table.add("Provider", shown(response.selectedProvider()));
+  table.add("User", shown(response.userName()));
+  table.add("Subject", subjectText(response.subject()));
+  table.add("Authentication", authenticationText(response));
+  table.add("Session", shown(response.authenticationSessionId()));
+  table.add("Next", nextText(response));
+  table.add("Status", joined(response.statusCodes(), " > "));
+  table.add("Assertions", assertions ? std::to_string(assertions->size()) : "(no list)");
+  return "\n" + table.text("  ") + assertionsText(assertions) + attributesText(response) +
+         decisionsText(response, options);
+}
+
+}  // namespace
+
+std::string textReport(const Reading& reading, const ReadOptions& options, bool colour) {
+  std::string text = verdict(reading, colour);
+  if (reading.response) text += answers(*reading.response, options);
+  return text;
+}
+
+}  // namespace ksaml

@@ -1,0 +1,34 @@
+// ksaml: what the library makes of a message, on the command line.
+
+#include <CLI/CLI.hpp>
+
+#include "ReadCommand.h"
+
+int main(int argc, char** argv) {
+  CLI::App app("Reads the SAML 2.0 messages that sign a television subscriber in. Verifies no "
+               "signature.",
+               "ksaml");
+  app.set_version_flag("--version", "ksaml " KSAML_VERSION);
+  app.require_subcommand(1);
+
+  ksaml::ReadCommand read;
+  CLI::App* const readCommand =
+      app.add_subcommand("read", "Read a provider's answer and say what it holds");
+  readCommand->footer("Exit status: 0 all accepted, 1 some rejected, 2 usage or unreadable file.");
+  readCommand->add_flag("--cached", read.options.cached, "Do not check the time window");
+  readCommand->add_flag("--no-schema", read.options.noSchema, "Do not validate");
+  readCommand->add_flag("--base64", read.base64, "The form value that a browser posts");
+  readCommand->add_option("--resource", read.options.resources, "Show the decision for this URL")
+      ->type_name("URL")
+      ->expected(1)
+      ->take_all();
+  readCommand->add_flag("--json", read.json, "One JSON object a line for each file");
+  readCommand->add_option("FILE", read.files, "Messages; - is standard input")->required();
+
+  try {
+    app.parse(argc, argv);
+    return read.run();
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
+  }
+}
