@@ -1,0 +1,147 @@
+#include <filesystem>
+#include <fstream>
+
+#include "kestrelink/platform/Base64.h"
+#include "kestrelink/platform/Decimal.h"
+#include "kestrelink/platform/ResourceBundle.h"
+#include "kestrelink/platform/Text.h"
+#include "kestrelink/platform/UrlText.h"
+
+#include "Support.h"
+
+namespace kestrelink::testing {
+namespace {
+
+using std::string_view_literals::operator""sv;
+
+TEST(Text, Utf8) {
+  for (const auto good : {""sv, "a\0b"sv, "\xC3\xA9"sv, "\xEF\xBF\xBE"sv, "\xF4\x8F\xBF\xBF"sv}) {
+    EXPECT_TRUE(isUtf8(good)) << good;
+  }
+  for (const auto bad : {"\xC0\x80"sv, "\xC1\xBF"sv, "\xE0\x9F\xBF"sv, "\xF0\x8F\xBF\xBF"sv,
+                         "\xED\xA0\x80"sv, "\xED\xBF\xBF"sv, "\xF4\x90\x80\x80"sv, "\xFF\xFE"sv,
+                         "\xC3"sv, "\xE2\x82"sv, "\xF0\x9F\x98"sv, "\x80"sv, "a\xC3("sv}) {
+    EXPECT_FALSE(isUtf8(bad)) << bad;
+  }
+}
+
+TEST(Text, Trimming) {
+  const std::pair<std::string_view, std::string_view> rows[] = {
+      {"", ""},
+      {" \t\n\v\f\r", ""},
+      {" a b\n", "a b"},
+      {"\xC2\x85"
+       "a\xC2\xA0",
+       "a"},  // next line, no-break space
+      {"\xE1\x9A\x80\xE2\x80\x80\xE2\x80\x8A"
+       "a\xE2\x80\xA8\xE2\x80\xA9\xE2\x80\xAF\xE2\x81\x9F\xE3\x80\x80",
+       "a"},
+      {"\xE2\x80\x8B"
+       "a\xE2\x80\x8B",
+       "\xE2\x80\x8B"
+       "a\xE2\x80\x8B"},                 // a zero-width space is no white space
+      {" \xC3\xA9 ", "\xC3\xA9"},        // a letter whose last byte is A9
+      {" \x80 x \xE2 ", "\x80 x \xE2"},  // bytes that are no characters stay
+  };
+  for (const auto& [given, expected] : rows) EXPECT_EQ(trimmed(given), expected) << given;
+}
+
+TEST(Base64, ToleratesWhatIsOutsideItsAlphabet) {
+  const std::vector<std::uint8_t> abc = {'a', 'b', 'c', 'd'};
+  for (const auto text : {"YWJjZA==", " YW\r\nJj\tZA= =", "*YWJj-ZA==!"}) {
+    EXPECT_EQ(decodeBase64(text), abc) << text;
+  }
+  for (const auto text : {"Y", "YWJjZ", "YWJjZA", "YWJjZA=", "====", "YW=jZA=="}) {
+    EXPECT_EQ(decodeBase64(text), std::nullopt) << text;
+  }
+}
+
+TEST(Decimal, ReadsNumbersAndNothingElse) {
+  EXPECT_EQ(parseDecimal("160"), 160.0);
+  EXPECT_EQ(parseDecimal("-2.5"), -2.5);
+  for (const auto text :
+       {"", "-", ".", "abc", "1e3", "0x10", "inf", "nan", " 1", "1 ", "1,000", "1.2.3", "--1"}) {
+    EXPECT_EQ(parseDecimal(text), std::nullopt) << text;
+  }
+}
+
+TEST(UrlText, LastPathComponent) {
+  const std::pair<std::string_view, std::string_view> rows[] = {
+      {"a.xsd", "a.xsd"},
+      {"http://host.example/x/y/a.xsd", "a.xsd"},
+      {"http://host.example/x/a.xsd?b/c.xsd#d/e", "a.xsd"},
+      {"/x/y/", "y"},
+      {"x/..", ".."},
+      {"?a.xsd", ""},
+      {"///", ""},
+  };
+  for (const auto& [url, expected] : rows) EXPECT_EQ(lastPathComponent(url), expected) << url;
+}
+
+TEST(UrlText, AbsoluteText) {
+  EXPECT_EQ(absoluteUrlText("https://tv.example/ch?x=1"), "https://tv.example/ch?x=1");
+  for (const auto none : {""sv, "http://tv.example/a b"sv, "http://[tv"sv, "a\0b"sv, "%zz"sv}) {
+    EXPECT_EQ(absoluteUrlText(none), std::nullopt) << none;
+  }
+}
+
+TEST(ResourceBundle, NamesNeverLeaveTheFolder) {
+  namespace fs = std::filesystem;
+  const fs::path outside = fs::path(::testing::TempDir()) / "kestrelink-bundle";
+  const fs::path folder = outside / "bundle";
+  fs::create_directories(folder / "sub");
+  std::ofstream(outside / "secret.txt") << "secret";
+  std::ofstream(folder / "sub" / "deep.txt") << "deep";
+  std::ofstream(folder / "plain") << "plain";
+  std::ofstream(folder / "a.b.txt") << "dots";
+  std::ofstream(folder / "latin.txt") << "\xE9";
+  const ResourceBundle bundle(folder);
+
+  EXPECT_EQ(bundle.text("plain", std::nullopt), "plain");
+  EXPECT_EQ(bundle.text("a.b", "txt"), "dots");
+  EXPECT_EQ(bundle.text("latin", "txt"), std::nullopt);
+  EXPECT_EQ(bundle.bytes("latin", "txt"), "\xE9");
+  for (const auto name : {"../secret"sv, "sub/deep"sv, "/etc/hostname"sv, "secret"sv, ""sv,
+                          "../bundle/a.b"sv, "a.b.txt\0"sv}) {
+    EXPECT_EQ(bundle.bytes(name, "txt"), std::nullopt) << name;
+  }
+  for (const auto name : {""sv, "."sv, ".."sv, "sub"sv, "absent"sv}) {
+    EXPECT_EQ(bundle.bytes(name, std::nullopt), std::nullopt) << name;
+  }
+}
+
+TEST(SAMLDate, ReadsExactlyOneForm) {
+  for (const auto date : {"2014-05-06T07:08:09Z", "2024-02-29T23:59:59Z", "0001-01-01T00:00:00Z",
+                          "9999-12-31T23:59:59Z", "1969-12-31T23:59:59Z"}) {
+    EXPECT_EQ(SAMLStringFromDate(SAMLDateFromString(date)), date);
+  }
+  for (const auto text :
+       {"", "2014-05-06T07:08:09.5Z", "2014-05-06T07:08:09+00:00", "2014-05-06T07:08:09",
+        "2014-05-06 07:08:09Z", "2014-05-06", "2014-5-6T7:8:9Z", "2023-02-29T00:00:00Z",
+        "2014-13-01T00:00:00Z", "2014-00-01T00:00:00Z", "2014-05-06T24:00:00Z",
+        "2014-05-06T07:60:09Z", "2014-05-06T07:08:60Z", "0000-01-01T00:00:00Z",
+        " 2014-05-06T07:08:09Z", "2014-05-06T07:08:09z", "+014-05-06T07:08:09Z"}) {
+    EXPECT_EQ(SAMLDateFromString(text), std::nullopt) << text;
+  }
+  EXPECT_EQ(SAMLDateFromString(std::nullopt), std::nullopt);
+}
+
+TEST(SAMLDate, DropsFractionsAndComparesWithTimePointsExactly) {
+  using std::chrono::system_clock;
+  const system_clock::time_point half(std::chrono::milliseconds(1500));
+  EXPECT_EQ(SAMLStringFromDate(SAMLDate(half)), "1970-01-01T00:00:01Z");
+  EXPECT_EQ(SAMLStringFromDate(SAMLDate(system_clock::time_point(std::chrono::milliseconds(-1)))),
+            "1969-12-31T23:59:59Z");
+  EXPECT_LT(SAMLDate(half), half);
+  EXPECT_GT(SAMLDate(std::chrono::sys_seconds(std::chrono::seconds(2))), half);
+
+  const SAMLDate never = *SAMLDateFromString("9999-12-31T23:59:59Z");
+  EXPECT_GT(never, system_clock::time_point::max());
+  EXPECT_EQ(system_clock::time_point(never), system_clock::time_point::max());
+  const SAMLDate long_ago = *SAMLDateFromString("0001-01-01T00:00:00Z");
+  EXPECT_LT(long_ago, system_clock::time_point::min());
+  EXPECT_EQ(system_clock::time_point(long_ago), system_clock::time_point::min());
+}
+
+}  // namespace
+}  // namespace kestrelink::testing

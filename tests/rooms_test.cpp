@@ -1,0 +1,49 @@
+// The rooms of the house: includes point downwards only.
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <regex>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(Rooms, IncludesPointDownwards) {
+  const std::vector<std::string> rooms = {"platform", "xml", "saml/elements", "saml/messages",
+                                          "saml"};
+  std::map<std::string, std::size_t> height;
+  for (const std::string& room : rooms) height.emplace(room, height.size());
+  const std::regex include(R"re(^#include "kestrelink/(.*)/[^/]+")re");
+  const std::regex anyQuoted(R"re(^#include "([^"]+)")re");
+
+  int includes = 0;
+  for (const std::string& room : rooms) {
+    for (const auto& file : fs::directory_iterator(fs::path(SOURCE_DIR) / room)) {
+      if (!file.is_regular_file()) continue;
+      std::ifstream source(file.path());
+      for (std::string line; std::getline(source, line);) {
+        std::smatch match;
+        if (!std::regex_search(line, match, anyQuoted)) continue;
+        ASSERT_TRUE(std::regex_search(line, match, include)) << file.path() << ": " << line;
+        ASSERT_TRUE(height.contains(match[1])) << file.path() << ": " << line;
+        EXPECT_LE(height[match[1]], height[room]) << file.path() << ": " << line;
+        ++includes;
+      }
+    }
+  }
+  EXPECT_GT(includes, 100);
+
+  for (const auto& file : fs::directory_iterator(fs::path(SOURCE_DIR) / "tools")) {
+    std::ifstream source(file.path());
+    for (std::string line; std::getline(source, line);) {
+      std::smatch match;
+      if (!std::regex_search(line, match, include)) continue;
+      EXPECT_NE(line.find("kestrelink/saml/KestrelinkSAML.h"), std::string::npos) << file.path();
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,113 @@
+#include <fstream>
+#include <iterator>
+#include <thread>
+
+#include "Support.h"
+
+namespace kestrelink::testing {
+namespace {
+
+std::string sample() {
+  std::ifstream file(SOURCE_DIR "/examples/answer.xml");
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::string replaced(std::string text, std::string_view what, std::string_view with) {
+  return text.replace(text.find(what), what.size(), with);
+}
+
+TEST(Controller, ReadsTheSchema) {
+  const SAMLParserController controller;
+  ASSERT_TRUE(controller.schema());
+  EXPECT_NE(controller.schema()->find("urn:oasis:names:tc:SAML:2.0:protocol"), std::string::npos);
+  EXPECT_EQ(&SAMLParserController::sharedInstance(), &SAMLParserController::sharedInstance());
+}
+
+TEST(Controller, AcceptsAndRejects) {
+  struct Row {
+    const char* now;
+    std::string text;
+    const char* verdict;        // "accepted", or the error of parseResponse
+    const char* cachedVerdict;  // of parseCachedResponse
+  };
+  const std::string good = sample();
+  const char* const kAccepted = "accepted";
+  const char* const kInside = "2026-06-01T00:00:00Z";
+  const char* const kSchema = "XMLWrapperErrorDomain 100";
+  const char* const kExpired = "SAMLParserErrorDomain 401";
+  const std::string noConditions =
+      replaced(good,
+               good.substr(good.find("<saml:Conditions"),
+                           good.find("<saml:AuthnStatement") - good.find("<saml:Conditions")),
+               "");
+  const Row rows[] = {
+      {kInside, good, kAccepted, kAccepted},
+      {"2026-01-15T20:14:02Z", good, kAccepted, kAccepted},
+      {"2026-01-15T20:14:01Z", good, kExpired, kAccepted},
+      {"2096-01-15T20:20:01Z", good, kAccepted, kAccepted},
+      {"2096-01-15T20:20:02Z", good, kExpired, kAccepted},
+      {"2096-02-14T20:15:01Z", good, kExpired, kExpired},
+      {kInside, noConditions, "none", kAccepted},
+      {kInside, replaced(good, "Version=\"2.0\"", ""), kSchema, kSchema},
+      {kInside, good + "<!-- cut", kAccepted, kAccepted},  // recovered, and the rest is valid
+      {kInside, good.substr(0, good.size() / 2), kSchema, kSchema},
+      {kInside, "\xEF\xBB\xBF" + good, kAccepted, kAccepted},
+      {kInside, "\xFF\xFE<\x00", "SAMLParserErrorDomain 100", "SAMLParserErrorDomain 100"},
+      {kInside, replaced(good, "mara", "m\xC0\x80"), "SAMLParserErrorDomain 100",
+       "SAMLParserErrorDomain 100"},
+      {kInside, "", "XMLWrapperErrorDomain 200", "XMLWrapperErrorDomain 200"},
+      {kInside, std::string("<a>\0</a>", 8), kSchema, kSchema},
+  };
+  const LogCapture log;
+  const auto& controller = SAMLParserController::sharedInstance();
+  for (const Row& row : rows) {
+    const StandingClock clock(row.now);
+    std::optional<ErrorInfo> error;
+    const bool accepted = controller.parseResponse(row.text, &error) != nullptr;
+    EXPECT_EQ(accepted ? "accepted" : text(error), row.verdict) << row.now << row.text;
+    error.reset();
+    const bool kept = controller.parseCachedResponse(row.text, &error) != nullptr;
+    EXPECT_EQ(kept ? "accepted" : text(error), row.cachedVerdict) << row.now << row.text;
+    EXPECT_EQ(controller.parseResponse(row.text) != nullptr, accepted);
+  }
+}
+
+TEST(Controller, TheSchemasMessagesNameTheirLines) {
+  std::optional<ErrorInfo> error;
+  const auto& controller = SAMLParserController::sharedInstance();
+  controller.parseResponse(replaced(sample(), "SessionIndex", "Sessionindex"), &error);
+  ASSERT_EQ(text(error), "XMLWrapperErrorDomain 100");
+  const std::string& description = error->info.at(std::string(kLocalizedDescriptionKey));
+  EXPECT_EQ(description.rfind("ERROR 1866:  line 26: Element ", 0), 0u) << description;
+  EXPECT_NE(description.find("'Sessionindex' is not allowed.\n\n"), std::string::npos);
+}
+
+TEST(Controller, WithoutASchemaAnyWellFormedResponseIsJudged) {
+  SAMLParserController controller;
+  controller.setSchemaData(nullptr);
+  EXPECT_TRUE(controller.parseResponse("<Response/>"));
+  EXPECT_FALSE(controller.parseResponse("<Request/>"));
+  EXPECT_TRUE(controller.parseCachedResponse("<Request/>"));
+}
+
+TEST(Controller, ManyThreadsAtOnce) {
+  const std::string text = sample();
+  std::vector<std::thread> threads;
+  std::atomic<int> accepted{0};
+  for (int thread = 0; thread < 6; ++thread) {
+    threads.emplace_back([&] {
+      for (int round = 0; round < 10; ++round) {
+        const auto response = SAMLParserController::sharedInstance().parseResponse(text);
+        if (response && response->getResultsByXpathQuery("//saml:Attribute")->size() == 8 &&
+            response->responseElement()->xmlString()) {
+          ++accepted;
+        }
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(accepted, 60);
+}
+
+}  // namespace
+}  // namespace kestrelink::testing

@@ -1,0 +1,138 @@
+// The command-line tool, run as a program.
+
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kGolden = SOURCE_DIR "/tests/golden/";
+const std::string kSample = SOURCE_DIR "/examples/answer.xml";
+
+struct Outcome {
+  int status;
+  std::string out;
+};
+
+Outcome ksaml(const std::string& arguments, const std::string& program = BUILD_DIR "/bin/ksaml") {
+  std::FILE* const pipe = popen((program + " " + arguments).c_str(), "r");
+  std::string out;
+  for (char chunk[4096]; const std::size_t length = std::fread(chunk, 1, sizeof chunk, pipe);) {
+    out.append(chunk, length);
+  }
+  const int status = pclose(pipe);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
+}
+
+std::string content(const std::string& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// One golden answer of each kind: NAME.xml, and what the tool says of it in NAME.json.
+TEST(Ksaml, GoldenAnswers) {
+  const std::pair<const char*, int> rows[] = {
+      {"success", 0},        {"needs-ui", 0},           {"denied", 0},       {"logout", 0},
+      {"two-assertions", 0}, {"default-namespaces", 0}, {"entitlements", 0}, {"expired", 1},
+      {"not-a-response", 1}, {"no-conditions", 1},      {"invalid", 1},      {"no-xml", 1},
+  };
+  for (const auto& [name, status] : rows) {
+    const bool withoutSchema = name == std::string("entitlements");
+    const std::string options =
+        withoutSchema ? "--no-schema --resource https://tv.example/ch/1 --resource none:2 " : "";
+    const Outcome run = ksaml("read --json " + options + kGolden + name + ".xml 2>/dev/null");
+    EXPECT_EQ(run.out, content(kGolden + name + ".json")) << name;
+    EXPECT_EQ(run.status, status) << name;
+  }
+}
+
+TEST(Ksaml, ExitStatus) {
+  const std::pair<std::string, int> rows[] = {
+      {"read " + kSample, 0},
+      {"read --cached " + kGolden + "expired.xml", 0},
+      {"read " + kSample + " " + kGolden + "expired.xml", 1},
+      {"read - < " + kSample, 0},
+      {"read /absent " + kGolden + "expired.xml", 2},
+      {"read --base64 " + kSample, 2},
+      {"read", 2},
+      {"read --unknown x", 2},
+      {"", 2},
+      {"--help", 0},
+      {"read --help", 0},
+      {"--version", 0},
+  };
+  for (const auto& [arguments, status] : rows) {
+    EXPECT_EQ(ksaml(arguments + " 2>/dev/null").status, status) << arguments;
+  }
+  EXPECT_EQ(ksaml("read --json /absent " + kSample + " 2>&1 >/dev/null").out,
+            "ksaml: cannot read /absent: No such file or directory\n");
+  EXPECT_NE(ksaml("read --json /absent " + kSample + " 2>/dev/null").out.find("\"accepted\":true"),
+            std::string::npos);
+}
+
+TEST(Ksaml, Base64FormValue) {
+  const Outcome run = ksaml("read --json --base64 - < " + kGolden + "success.base64");
+  EXPECT_EQ(run.status, 0);
+  std::string expected = content(kGolden + "success.json");
+  expected.replace(expected.find("success.xml"), 11, "-");
+  EXPECT_EQ(run.out, expected);
+}
+
+TEST(Ksaml, SaysWhyForPeople) {
+  const std::pair<std::string, std::vector<std::string>> rows[] = {
+      {kSample, {"answer.xml: accepted\n", "mara.lindqvist", "proceed", "55802, 55804"}},
+      {"--no-schema " + kSample, {"accepted\n  not validated: no schema\n"}},
+      {kGolden + "expired.xml",
+       {"rejected: now is outside the time window", "SAMLParserErrorDomain 401", "expired by ",
+        "User            erin\n"}},
+      {kGolden + "no-conditions.xml", {"no assertion meets conditions: the last one has none"}},
+      {kGolden + "invalid.xml",
+       {"not valid against the SAML 2.0 protocol schema", "ERROR 1845", "line 3"}},
+      {kGolden + "not-a-response.xml", {"its root element is neither Response nor LogoutResponse"}},
+      {kGolden + "no-xml.xml", {"there is no XML in it", "XMLWrapperErrorDomain 200"}},
+      {"--no-schema " + kGolden + "odd.xml",
+       {"\"2030-01-01T00:00:00.5Z\" (does not parse: read as absent)", "not yet valid, for ",
+        "[31mred\\u009b"}},
+  };
+  for (const auto& [arguments, expected] : rows) {
+    const Outcome run = ksaml("read " + arguments + " 2>/dev/null");
+    for (const std::string& part : expected) {
+      EXPECT_NE(run.out.find(part), std::string::npos) << part << "\nis not in\n" << run.out;
+    }
+    EXPECT_EQ(run.out.find('\033'), std::string::npos) << "colour is for terminals";
+  }
+}
+
+// A copy without its bundle reads without validation, and says so; a moved tree keeps its bundle.
+TEST(Ksaml, MovedTrees) {
+  const fs::path moved = fs::path(::testing::TempDir()) / "kestrelink-moved";
+  fs::remove_all(moved);
+  fs::create_directories(moved / "lib");
+  fs::create_directories(moved / "bin");
+  fs::copy(BUILD_DIR "/bin/ksaml", moved / "bin/ksaml");
+  for (const auto& file : fs::directory_iterator(BUILD_DIR "/lib")) {
+    if (file.path().filename().string().find(".so") != std::string::npos) {
+      fs::copy(file.path(), moved / "lib" / file.path().filename(),
+               fs::copy_options::copy_symlinks);
+    }
+  }
+  const std::string program = (moved / "bin/ksaml").string();
+  const Outcome bare = ksaml("read " + kSample, program);
+  EXPECT_NE(bare.out.find("not validated: no schema"), std::string::npos);
+  EXPECT_EQ(bare.status, 0);
+  fs::copy(BUILD_DIR "/share", moved / "share", fs::copy_options::recursive);
+  const Outcome whole = ksaml("read " + kSample, program);
+  EXPECT_EQ(whole.out.find("not validated"), std::string::npos);
+  EXPECT_EQ(ksaml("read " + kGolden + "invalid.xml 2>/dev/null", program).status, 1);
+  fs::remove_all(moved);
+}
+
+}  // namespace

@@ -1,0 +1,103 @@
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+#include <libxml/xmlerror.h>
+
+#include "Support.h"
+
+namespace kestrelink::testing {
+namespace {
+
+void hostsHandler(void* /*context*/, const char* /*format*/, ...) {}
+
+std::string versionOf(const SharedXmlDoc& doc) {
+  return reinterpret_cast<const char*>(doc->version);
+}
+
+TEST(Document, WhatYieldsADocument) {
+  const LogCapture log;
+  struct Row {
+    const char* xml;
+    bool document;
+    const char* error;
+  };
+  const Row rows[] = {
+      {"<r/>", true, "none"},
+      {"<r><c></r>", true, "none"},  // recovered
+      {"<r>cut off", true, "none"},
+      {"<r a=1/>", true, "none"},
+      {"", false, "XMLWrapperErrorDomain 200"},
+      {"text", false, "none"},  // a tree without a root is no document, silently
+      {"<!-- no root -->", false, "none"},
+      {"<?xml version='1.0'?>", false, "none"},
+  };
+  for (const Row& row : rows) {
+    std::optional<ErrorInfo> error;
+    EXPECT_EQ(XMLWrapperDoc::initWithData(bytes(row.xml), nullptr, &error) != nullptr, row.document)
+        << row.xml;
+    EXPECT_EQ(text(error), row.error) << row.xml;
+  }
+  EXPECT_EQ(XMLWrapperDoc::initWithData(nullptr, nullptr), nullptr);
+}
+
+TEST(Document, ErrorsGoToTheLogWithoutTheMessagesText) {
+  const LogCapture log;
+  xmlSetGenericErrorFunc(nullptr, &hostsHandler);
+  read("<r><secret></r>");
+  EXPECT_EQ(xmlGenericError, &hostsHandler);
+  EXPECT_EQ(xmlStructuredError, nullptr);
+  xmlSetGenericErrorFunc(nullptr, nullptr);
+  ASSERT_FALSE(LogCapture::lines().empty());
+  for (const std::string& line : LogCapture::lines()) {
+    EXPECT_EQ(line.rfind("libxml2: error domain 1 code ", 0), 0u) << line;
+    EXPECT_EQ(line.find("secret"), std::string::npos) << line;
+  }
+  LogCapture::lines().clear();
+  std::string manyErrors = "<r>";
+  for (int count = 0; count < 1000; ++count) manyErrors += "&undefined;";
+  read(manyErrors + "</r>");
+  EXPECT_EQ(LogCapture::lines().size(), 9u);
+  EXPECT_EQ(LogCapture::lines().back(), "libxml2: 992 more errors");
+}
+
+TEST(Document, BuiltAroundAnElement) {
+  std::optional<ErrorInfo> error = ErrorInfo{"untouched", 1, {}};
+  const auto element = XMLWrapperElement::initWithTagName("r");
+  const auto doc = XMLWrapperDoc::initWithElement(element, nullptr, &error);
+  EXPECT_EQ(text(error), "untouched 1");
+  EXPECT_EQ(doc->docPtr(), nullptr);
+  EXPECT_EQ(doc->getResultsByXpathQuery("/r", &error), std::nullopt);
+  EXPECT_EQ(text(error), "untouched 1");
+  EXPECT_EQ(doc->xmlString(), "<r/>");
+  element->setTextContent("later");
+  EXPECT_EQ(doc->xmlString(), "<r>later</r>");
+  EXPECT_EQ(versionOf(doc->docNode()), "2.0");
+
+  doc->setDocumentElement(nullptr);
+  EXPECT_EQ(doc->xmlString(&error), std::nullopt);
+  EXPECT_EQ(text(error), "XMLWrapperErrorDomain 101");
+}
+
+TEST(Document, ParsingAnewLeavesEarlierElementsSafe) {
+  const auto doc = XMLWrapperDoc::initWithData(bytes("<r><c/></r>"), nullptr);
+  const auto earlier = doc->documentElement();
+  doc->setXmlData(bytes("<s/>"));
+  ASSERT_TRUE(doc->createDocument());
+  EXPECT_EQ(doc->nodePtr(), nullptr);
+  EXPECT_EQ(earlier->getResultsByXpathQuery("c"), std::nullopt);
+  EXPECT_EQ(earlier->xmlString(), "<r>\n  <c/>\n</r>");
+  EXPECT_EQ(doc->createDocumentElement()->tagName(), "s");
+  EXPECT_EQ(doc->xmlString(), "<r>\n  <c/>\n</r>");
+}
+
+TEST(Document, ThousandsOfNamespacesCostNoElementAnything) {
+  std::string xml = "<r";
+  for (int n = 0; n < 3000; ++n) xml += " xmlns:p" + std::to_string(n) + "='u'";
+  xml += ">";
+  for (int n = 0; n < 3000; ++n) xml += "<p" + std::to_string(n) + ":c/>";
+  const auto element = root(xml + "</r>");
+  EXPECT_EQ(element->elements().front()->namespaces().size(), 3000u);
+  EXPECT_EQ(element->elements().back()->namespaces().size(), 1u);
+}
+
+}  // namespace
+}  // namespace kestrelink::testing

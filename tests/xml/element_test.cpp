@@ -1,0 +1,245 @@
+#include <libxml/tree.h>
+
+#include "kestrelink/saml/elements/SAMLNamespaces.h"
+#include "kestrelink/xml/LibxmlHandles.h"
+#include "kestrelink/xml/XMLWrapperElementFactory.h"
+
+#include "Support.h"
+
+namespace kestrelink::testing {
+namespace {
+
+using Element = XMLWrapperElement;
+
+std::string names(const Element::List& elements) {
+  std::string joined;
+  for (const auto& element : elements) joined += element->tagName().value_or("?") + " ";
+  return joined;
+}
+
+std::shared_ptr<Element> made(std::string_view tagName) {
+  return Element::initWithTagName(tagName);
+}
+
+TEST(ElementReading, Text) {
+  const std::pair<const char*, std::optional<std::string>> rows[] = {
+      {"<r/>", std::nullopt},
+      {"<r></r>", std::nullopt},
+      {"<r> \n\t&#xA0;&#x3000;</r>", std::nullopt},
+      {"<r>  a  </r>", "a"},
+      {"<r> a <c/> b </r>", "ab"},
+      {"<r>a<!-- x -->b</r>", "ab"},
+      {"<r>a<?x y?> b</r>", "ab"},
+      {"<r>a<![CDATA[cut]]>b</r>", "ab"},
+      {"<r><![CDATA[cut]]></r>", std::nullopt},
+      {"<!DOCTYPE r [<!ENTITY e 'cut'>]><r>a&e;b</r>", "ab"},
+      {"<r>a&amp;b&#x41;</r>", "a&bA"},
+      {"<r><c>deep</c></r>", std::nullopt},
+  };
+  for (const auto& [xml, expected] : rows) EXPECT_EQ(root(xml)->textContent(), expected) << xml;
+}
+
+TEST(ElementReading, AttributeValueIsTheFirstTextAlone) {
+  const std::pair<const char*, std::optional<std::string>> rows[] = {
+      {"<r a='x'/>", "x"},
+      {"<r a=''/>", ""},
+      {"<r a=' x '/>", " x "},
+      {"<r a='x&lt;y'/>", "x<y"},
+      {"<!DOCTYPE r [<!ENTITY e 'E'>]><r a='x&e;y'/>", "x"},
+      {"<!DOCTYPE r [<!ENTITY e 'E'>]><r a='&e;y'/>", std::nullopt},
+  };
+  for (const auto& [xml, expected] : rows) {
+    const auto attribute = root(xml)->attributeWithName("a");
+    ASSERT_TRUE(attribute) << xml;
+    EXPECT_EQ(attribute->value(), expected) << xml;
+  }
+}
+
+TEST(ElementReading, AttributesAreKeyedByLocalName) {
+  const auto element = root("<r xmlns:p='urn:p' a='plain' p:a='prefixed' b='2'/>");
+  EXPECT_EQ(element->attributes().size(), 2u);
+  const auto attribute = element->attributeWithName("a");
+  EXPECT_EQ(attribute->value(), "prefixed");
+  EXPECT_EQ(attribute->ns()->prefix(), "p");
+  EXPECT_EQ(attribute->ns()->href(), "urn:p");
+  EXPECT_EQ(element->attributeWithName("b")->ns(), nullptr);
+  EXPECT_EQ(element->attributeWithName("p:a"), nullptr);
+
+  const auto typed = root("<!DOCTYPE r [<!ATTLIST r i ID #IMPLIED>]><r i='x' j='y'/>");
+  EXPECT_EQ(typed->attributeWithName("i")->type(), 2);
+  EXPECT_EQ(typed->attributeWithName("j")->type(), 0);
+}
+
+TEST(ElementReading, NamespacesAreTheOwnOneAndThoseDeclaredAfterIt) {
+  const auto recorded = [](const std::shared_ptr<Element>& element) {
+    std::string text;
+    for (std::size_t at = 0; at < element->namespaces().size(); ++at) {
+      const auto& ns = element->namespaces().at(at);
+      text += ns->prefix().value_or("(default)") + "=" + ns->href().value_or("") + " ";
+    }
+    return text;
+  };
+  const char* const three = "xmlns:a='urn:a' xmlns:b='urn:b' xmlns:c='urn:c'";
+  const std::pair<std::string, std::string> rows[] = {
+      {std::string("<a:r ") + three + "/>", "a=urn:a b=urn:b c=urn:c "},
+      {std::string("<b:r ") + three + "/>", "b=urn:b c=urn:c "},
+      {std::string("<r ") + three + "/>", ""},
+      {"<r xmlns='urn:d'/>", "(default)=urn:d "},
+      {"<r xmlns:a='urn:a' xmlns='urn:d' xmlns:b='urn:b'/>", "(default)=urn:d b=urn:b "},
+  };
+  for (const auto& [xml, expected] : rows) EXPECT_EQ(recorded(root(xml)), expected) << xml;
+
+  // A child records the namespace records of where its own was declared, and keeps its own copy.
+  const auto parent = root(std::string("<b:r ") + three + "><a:x/><c:y xmlns:d='urn:d'/></b:r>");
+  EXPECT_EQ(recorded(parent->elements()[0]), "a=urn:a b=urn:b c=urn:c ");
+  EXPECT_EQ(recorded(parent->elements()[1]), "c=urn:c ");
+  parent->elements()[0]->setNamespace(
+      std::make_shared<XMLWrapperNamespace>(std::string("b"), std::string("urn:new")));
+  parent->elements()[0]->setNamespace(SAMLAssertionNamespace());
+  EXPECT_EQ(recorded(parent->elements()[0]),
+            "a=urn:a b=urn:new c=urn:c saml=urn:oasis:names:tc:SAML:2.0:assertion ");
+  EXPECT_EQ(recorded(parent), "b=urn:b c=urn:c ");
+}
+
+TEST(ElementReading, ClassesComeFromTheLocalName) {
+  const std::pair<const char*, std::string_view> rows[] = {
+      {"<Response/>", "SAMLResponseElement"},
+      {"<x:Response xmlns:x='urn:x'/>", "SAMLResponseElement"},
+      {"<LogoutResponse/>", "SAMLLogoutResponseElement"},
+      {"<response/>", "XMLWrapperElement"},
+      {"<Evidence/>", "XMLWrapperElement"},
+      {"<Element/>", "SAMLEvidence"},
+      {"<AuthzDecisionStatement/>", "XMLWrapperElement"},
+      {"<AuthzDecisiontStatement/>", "SAMLAuthZDecision"},
+      {"<NameID/>", "XMLWrapperElement"},
+      {"<NameId/>", "SAMLNameId"},
+      {"<DefaultElementClass/>", "XMLWrapperElement"},
+  };
+  for (const auto& [xml, expected] : rows) EXPECT_EQ(root(xml)->dynamicClass().name(), expected);
+}
+
+TEST(ElementFactory, Registration) {
+  using Factory = XMLWrapperElementFactory;
+  Factory::registerClass(&SAMLStatus::elementClass, "");
+  Factory::registerClass(nullptr, "Test");
+  EXPECT_EQ(Factory::elementClassByTagName(""), nullptr);
+  EXPECT_EQ(Factory::elementClassByTagName("Test"), nullptr);
+  Factory::registerClass(&SAMLStatus::elementClass, "Test");
+  Factory::registerClass(&SAMLSubject::elementClass, "Test");
+  EXPECT_EQ(Factory::elementClassByTagName("Test"), &SAMLSubject::elementClass);
+  EXPECT_EQ(Factory::elementTypeByTagName("Test"), 0u);
+}
+
+TEST(ElementTree, LooksUpDirectChildren) {
+  const auto element = root("<r xmlns:p='urn:p'><p:a/><b><a/></b><a/><A/></r>");
+  EXPECT_EQ(element->getElementsByTagName("a").size(), 2u);
+  EXPECT_EQ(element->firstElementByTagName("a"), element->elements()[0]);
+  EXPECT_TRUE(element->getElementsByTagName("p:a").empty());
+  EXPECT_EQ(element->firstElementByTagName("c"), nullptr);
+}
+
+TEST(ElementTree, Changes) {
+  const auto parent = made("p");
+  const auto a = made("a"), b = made("b"), c = made("c"), d = made("d");
+  parent->addChildElement(a);
+  parent->addChildElement(a);
+  parent->addChildElement(nullptr);
+  parent->addChildElement(b, a);
+  parent->addChildElement(c, nullptr);
+  parent->addChildElement(d, made("stranger"));
+  parent->addChildElement(d, a);
+  EXPECT_EQ(names(parent->elements()), "b a c d ");
+
+  parent->replaceChildElement(a, c);
+  parent->replaceChildElement(a, nullptr);
+  parent->replaceChildElement(made("stranger"), made("e"));
+  EXPECT_EQ(names(parent->elements()), "b a c d ");
+  parent->replaceChildElement(a, made("e"));
+  parent->removeChildElement(d);
+  parent->removeChildElement(parent->elements().front());
+  parent->removeChildElement(a);
+  EXPECT_EQ(names(parent->elements()), "e c ");
+}
+
+TEST(ElementTree, RefusesToHoldItself) {
+  const LogCapture log;
+  const auto top = made("top"), middle = made("middle"), bottom = made("bottom");
+  top->addChildElement(middle);
+  middle->addChildElement(bottom);
+  bottom->addChildElement(bottom);
+  bottom->addChildElement(top);
+  bottom->setElements({top, made("fine")});
+  middle->replaceChildElement(bottom, top);
+  EXPECT_EQ(names(bottom->elements()), "fine ");
+  EXPECT_EQ(LogCapture::lines().size(), 4u);
+  EXPECT_EQ(top->xmlString(),
+            "<top>\n  <middle>\n    <bottom>\n      <fine/>\n    </bottom>\n  </middle>\n</top>");
+}
+
+TEST(ElementWriting, ChildrenFollowTheSequenceForGood) {
+  const auto parent = made("p");
+  for (const auto name : {"c", "a", "x", "b", "a"}) parent->addChildElement(made(name));
+  parent->setChildElementSequence({{"a", "b", "c", "missing"}});
+  EXPECT_EQ(parent->xmlString(), "<p>\n  <a/>\n  <a/>\n  <b/>\n  <c/>\n</p>");
+  EXPECT_EQ(names(parent->elements()), "a a b c ");
+  parent->setChildElementSequence({{"b", "b"}});
+  parent->reorderChildElements();
+  EXPECT_EQ(names(parent->elements()), "b b ");
+  parent->setChildElementSequence(std::vector<std::string>());
+  EXPECT_EQ(parent->xmlString(), "<p/>");
+  EXPECT_EQ(made("bare")->xmlString(), "<bare/>");
+}
+
+TEST(ElementWriting, WhatWasReadIsWrittenBack) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"<r xmlns='urn:d'><c/></r>", "<r xmlns=\"urn:d\">\n  <c xmlns=\"urn:d\"/>\n</r>"},
+      {"<p:r xmlns:p='urn:p' a='1' b='&lt;&quot;&#10;'/>",
+       "<p:r xmlns:p=\"urn:p\" a=\"1\" b=\"&lt;&quot;&#10;\"/>"},
+      {"<r><c/> tail </r>", "<r>tail<c/></r>"},
+      {"<r>a&lt;b</r>", "<r>a&lt;b</r>"},
+      // A prefixed attribute keeps its prefix; its namespace is not declared on the element.
+      {"<r xmlns:p='urn:p' p:a='1'/>", "<r p:a=\"1\"/>"},
+  };
+  for (const auto& [xml, expected] : rows) {
+    EXPECT_EQ(root(xml)->xmlString(), expected);
+    EXPECT_EQ(root(xml)->xmlString(), expected) << "written twice";
+  }
+}
+
+TEST(ElementWriting, NamespacesAndAttributesThatLibxmlRefuses) {
+  const DetachedNode node(XmlNodeOwner(xmlNewNode(nullptr, BAD_CAST "r")));
+  const auto ns = SAMLAssertionNamespace();
+  std::optional<ErrorInfo> error;
+  EXPECT_NE(ns->xmlNsForNode(node.get(), &error), nullptr);
+  EXPECT_EQ(text(error), "none");
+  EXPECT_EQ(ns->xmlNsForNode(node.get(), &error), nullptr);
+  EXPECT_EQ(text(error), "XMLWrapperErrorDomain 205");
+
+  // The prefix "xml" cannot be declared: the attribute is written without it, the error stays.
+  const auto element = root("<r xml:lang='sv'/>");
+  error.reset();
+  EXPECT_EQ(element->xmlString(&error), "<r lang=\"sv\"/>");
+  EXPECT_EQ(text(error), "XMLWrapperErrorDomain 205");
+
+  const auto withoutValue = made("r");
+  withoutValue->setAttributeWithName("a", std::nullopt);
+  EXPECT_EQ(withoutValue->attributeWithName("a")->value(), std::nullopt);
+  EXPECT_EQ(withoutValue->xmlString(), "<r a=\"\"/>");
+}
+
+TEST(ElementLifetime, ElementsOutliveTheirDocument) {
+  auto doc = read("<p:r xmlns:p='urn:p' p:a='1'><p:c>text</p:c></p:r>");
+  const auto element = doc->documentElement();
+  const auto found = doc->firstResultByXpathQuery("p:c");
+  EXPECT_TRUE(element->getResultsByXpathQuery("p:c"));
+  doc.reset();
+  EXPECT_EQ(element->elements()[0]->textContent(), "text");
+  EXPECT_EQ(element->xmlString(),
+            "<p:r xmlns:p=\"urn:p\" p:a=\"1\">\n  <p:c xmlns:p=\"urn:p\">text</p:c>\n</p:r>");
+  EXPECT_EQ(found->textContent(), "text");
+  EXPECT_EQ(element->getResultsByXpathQuery("p:c"), std::nullopt);
+  EXPECT_EQ(found->firstResultByXpathQuery("."), nullptr);
+}
+
+}  // namespace
+}  // namespace kestrelink::testing
