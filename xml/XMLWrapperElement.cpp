@@ -206,9 +206,9 @@ void XMLWrapperElement::addChildElement(const std::shared_ptr<XMLWrapperElement>
 }
 
 void XMLWrapperElement::removeChildElement(const std::shared_ptr<XMLWrapperElement>& element) {
-  // A copy: the caller's reference may be the very entry that goes.
-  const std::shared_ptr<XMLWrapperElement> removed = element;
-  std::erase(elements_, removed);
+  // Not the reference itself: it may be the very entry that goes.
+  const XMLWrapperElement* const removed = element.get();
+  std::erase_if(elements_, [removed](const auto& child) { return child.get() == removed; });
 }
 
 void XMLWrapperElement::replaceChildElement(const std::shared_ptr<XMLWrapperElement>& oldElement,

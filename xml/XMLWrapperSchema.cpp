@@ -167,8 +167,7 @@ xmlParserInput* XMLWExternalEntityLoader(const char* url, const char* /*publicId
     // A plain string stream would read our text after it is gone; a buffer takes a copy of its own.
     xmlParserInputBuffer* const copy = xmlParserInputBufferCreateMem(
         text->data(), static_cast<int>(text->size()), XML_CHAR_ENCODING_NONE);
-    return copy == nullptr ? nullptr
-                           : xmlNewIOInputStream(context, copy, XML_CHAR_ENCODING_NONE);
+    return copy == nullptr ? nullptr : xmlNewIOInputStream(context, copy, XML_CHAR_ENCODING_NONE);
   } catch (const std::exception&) {
     return nullptr;
   }

@@ -1,0 +1,37 @@
+# For the other scripts to source: installs what a build needs.
+
+# need_packages PACKAGE... - installs those Debian packages that are missing. When it cannot, says
+# in one line what to install and ends the script with status 2.
+need_packages() {
+  local missing=() package
+  for package in "$@"; do
+    if [ "$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null)" != installed ]; then
+      missing+=("$package")
+    fi
+  done
+  [ ${#missing[@]} -eq 0 ] && return
+
+  local as_root=()
+  if ! command -v apt-get >/dev/null; then
+    give_up "this is not Debian" "$@"
+  elif [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || give_up "not root, and there is no sudo" "${missing[@]}"
+    as_root=(sudo)
+  fi
+  echo "Installing ${missing[*]}"
+  "${as_root[@]}" apt-get update -qq &&
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+      apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null ||
+    give_up "apt-get failed" "${missing[@]}"
+}
+
+give_up() {
+  local reason=$1
+  shift
+  echo "${0##*/}: $reason: install these Debian 12 packages first: $*" >&2
+  exit 2
+}
+
+build_packages=(g++ cmake ninja-build pkg-config libxml2-dev nettle-dev libutfcpp-dev
+  libcli11-dev nlohmann-json3-dev opensaml-schemas xmltooling-schemas xsltproc)
+test_packages=(libgtest-dev clang libclang-rt-14-dev)
