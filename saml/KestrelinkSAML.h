@@ -4,8 +4,7 @@
 // The library verifies no signature. Hand it only what has been verified.
 #pragma once
 
-#include "kestrelink/saml/SAMLConstants.h"         // IWYU pragma: export
-#include "kestrelink/saml/SAMLParserController.h"  // IWYU pragma: export
+#include "kestrelink/saml/SAMLConstants.h"          // IWYU pragma: export
+#include "kestrelink/saml/SAMLParserController.h"   // IWYU pragma: export
 #include "kestrelink/saml/elements/SAMLEvidence.h"  // IWYU pragma: export
-#include "kestrelink/saml/elements/SAMLKeyInfo.h"  // IWYU pragma: export
-#include "kestrelink/saml/messages/SAMLResponse.h"  // IWYU pragma: export
+#include "kestrelink/saml/elements/SAMLKeyInfo.h"   // IWYU pragma: export

@@ -3,8 +3,12 @@
 #include <string_view>
 
 #include "kestrelink/saml/elements/SAMLAssertion.h"
+#include "kestrelink/saml/elements/SAMLAttributeQueryElement.h"
+#include "kestrelink/saml/elements/SAMLAuthNRequestElement.h"
+#include "kestrelink/saml/elements/SAMLAuthZDecisionQueryElement.h"
 #include "kestrelink/saml/elements/SAMLEvidence.h"
 #include "kestrelink/saml/elements/SAMLKeyInfo.h"
+#include "kestrelink/saml/elements/SAMLLogoutRequestElement.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLResponseElement.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
@@ -21,18 +25,26 @@ constexpr Registration kRegistrations[] = {
     {kAssertionElementName, &SAMLAssertion::elementClass},
     {kAdviceElementName, &SAMLAdvice::elementClass},
     {kAttributeElementName, &SAMLAttribute::elementClass},
+    {kAttributeQueryElementName, &SAMLAttributeQueryElement::elementClass},
     {kAuthNStatementElementName, &SAMLAuthNStatement::elementClass},
+    {kAuthNRequestElementName, &SAMLAuthNRequestElement::elementClass},
     {kAuthZDecisionStatementElementName, &SAMLAuthZDecision::elementClass},
+    {kAuthzDecisionQueryElementName, &SAMLAuthZDecisionQueryElement::elementClass},
     {kConditionsElementName, &SAMLConditions::elementClass},
     {kDSAKeyValueElementName, &SAMLDSAKeyValue::elementClass},
     {kEvidenceElementName, &SAMLEvidence::elementClass},
+    {kIDPEntryElementName, &SAMLIDPEntry::elementClass},
     {kKeyInfoElementName, &SAMLKeyInfo::elementClass},
     {kRetrievalMethodElementName, &SAMLKeyRetrievalMethod::elementClass},
+    {kLogoutRequestElementName, &SAMLLogoutRequestElement::elementClass},
     {kLogoutResponseElementName, &SAMLLogoutResponseElement::elementClass},
     {kNameIdElementName, &SAMLNameId::elementClass},
+    {kNameIdPolicyElementName, &SAMLNameIdPolicy::elementClass},
     {kPGPDataElementName, &SAMLPGPData::elementClass},
     {kResponseElementName, &SAMLResponseElement::elementClass},
+    {kRequestedAuthNContextElementName, &SAMLRequestedAuthNContext::elementClass},
     {kRSAKeyValueElementName, &SAMLRSAKeyValue::elementClass},
+    {kScopingElementName, &SAMLScoping::elementClass},
     {kSignatureElementName, &SAMLSignature::elementClass},
     {kKeyValueElementName, &SAMLSignatureKeyValue::elementClass},
     {kReferenceElementName, &SAMLSignatureReference::elementClass},

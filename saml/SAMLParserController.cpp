@@ -50,6 +50,34 @@ std::shared_ptr<SAMLResponse> SAMLParserController::readResponse(std::string_vie
   return bytes ? SAMLResponse::initWithData(std::move(bytes), schemaData_, error) : nullptr;
 }
 
+std::shared_ptr<SAMLAuthNRequest> SAMLParserController::newAuthNRequest(std::string_view issuer,
+                                                                        ErrorOut error) const {
+  auto element = SAMLAuthNRequestElement::createElement(error);
+  if (element) element->setIssuer(issuer);
+  return SAMLAuthNRequest::initWithElement(std::move(element), schemaData_, error);
+}
+
+std::shared_ptr<SAMLAttributeQuery> SAMLParserController::newAttributeQuery(
+    std::string_view channelId, ErrorOut error) const {
+  auto element = SAMLAttributeQueryElement::createElement(error);
+  if (element) element->setChannelId(channelId);
+  return SAMLAttributeQuery::initWithElement(std::move(element), schemaData_, error);
+}
+
+std::shared_ptr<SAMLAuthZDecisionQuery> SAMLParserController::newAuthZQuery(
+    std::string_view resource, std::string_view channelId, ErrorOut error) const {
+  auto element = SAMLAuthZDecisionQueryElement::createElement(error);
+  if (element) element->setChannelId(channelId);
+  auto query = SAMLAuthZDecisionQuery::initWithElement(std::move(element), schemaData_, error);
+  query->setResource(resource);
+  return query;
+}
+
+std::shared_ptr<SAMLLogoutRequest> SAMLParserController::newLogoutRequest(ErrorOut error) const {
+  return SAMLLogoutRequest::initWithElement(SAMLLogoutRequestElement::createElement(error),
+                                            schemaData_, error);
+}
+
 SharedBytes SAMLParserController::dataFromString(std::string_view text, ErrorOut error) const {
   if (!isUtf8(text)) {
     storeError(error, kSAMLParserErrorDomain, 100);

@@ -5,6 +5,10 @@
 
 #include "kestrelink/platform/Export.h"
 #include "kestrelink/platform/SharedBytes.h"
+#include "kestrelink/saml/messages/SAMLAttributeQuery.h"
+#include "kestrelink/saml/messages/SAMLAuthNRequest.h"
+#include "kestrelink/saml/messages/SAMLAuthZDecisionQuery.h"
+#include "kestrelink/saml/messages/SAMLLogoutRequest.h"
 #include "kestrelink/saml/messages/SAMLResponse.h"
 #include "kestrelink/xml/ErrorInfo.h"
 
@@ -15,6 +19,7 @@ namespace kestrelink {
 ///     std::optional<ErrorInfo> error;
 ///     auto response = SAMLParserController::sharedInstance().parseResponse(xml, &error);
 ///     if (!response) report(error);
+///     auto request = SAMLParserController::sharedInstance().newAuthNRequest("https://tv.example");
 ///
 /// It holds the SAML 2.0 protocol schema, against which every message is validated. When the schema
 /// is missing from the library's resource bundle, messages are read without validation and nothing
@@ -49,6 +54,18 @@ class KESTRELINK_EXPORT SAMLParserController {
   /// The same without the time window: for an answer that the client kept.
   std::shared_ptr<SAMLResponse> parseCachedResponse(std::string_view response,
                                                     ErrorOut error = nullptr) const;
+
+  /// The four requests, ready to be filled in further and written with `xmlString`. Each has a
+  /// fresh identifier and now as its instant.
+  std::shared_ptr<SAMLAuthNRequest> newAuthNRequest(std::string_view issuer,
+                                                    ErrorOut error = nullptr) const;
+  std::shared_ptr<SAMLAttributeQuery> newAttributeQuery(std::string_view channelId,
+                                                        ErrorOut error = nullptr) const;
+  /// The resource is a URL's text; what is no URL is written as an empty resource.
+  std::shared_ptr<SAMLAuthZDecisionQuery> newAuthZQuery(std::string_view resource,
+                                                        std::string_view channelId,
+                                                        ErrorOut error = nullptr) const;
+  std::shared_ptr<SAMLLogoutRequest> newLogoutRequest(ErrorOut error = nullptr) const;
 
   /// The text's bytes; null with code 100 of `SAMLParserErrorDomain` when it is not UTF-8.
   SharedBytes dataFromString(std::string_view text, ErrorOut error = nullptr) const;

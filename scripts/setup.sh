@@ -32,6 +32,6 @@ give_up() {
   exit 2
 }
 
-build_packages=(g++ cmake ninja-build pkg-config libxml2-dev nettle-dev libutfcpp-dev
-  libcli11-dev nlohmann-json3-dev opensaml-schemas xmltooling-schemas xsltproc)
+build_packages=(g++ cmake ninja-build pkg-config libxml2-dev nettle-dev uuid-dev
+  libutfcpp-dev libcli11-dev nlohmann-json3-dev opensaml-schemas xmltooling-schemas xsltproc)
 test_packages=(libgtest-dev clang libclang-rt-14-dev)

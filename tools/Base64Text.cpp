@@ -20,4 +20,11 @@ std::optional<std::string> fromBase64(std::string_view formValue) {
   return text;
 }
 
+std::string toBase64(std::string_view text) {
+  std::string formValue(BASE64_ENCODE_RAW_LENGTH(text.size()), '\0');
+  base64_encode_raw(formValue.data(), text.size(),
+                    reinterpret_cast<const std::uint8_t*>(text.data()));
+  return formValue;
+}
+
 }  // namespace ksaml

@@ -10,4 +10,7 @@ namespace ksaml {
 /// absent when it is none.
 std::optional<std::string> fromBase64(std::string_view formValue);
 
+/// The text as a base64 form value, on one line.
+std::string toBase64(std::string_view text);
+
 }  // namespace ksaml

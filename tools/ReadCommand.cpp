@@ -43,8 +43,8 @@ int ReadCommand::run() const {
 
     if (!json && !first) std::fputc('\n', stdout);
     first = false;
-    const std::string report = json ? jsonReport(reading, options) + "\n"
-                                    : textReport(reading, options, wantsColour());
+    const std::string report =
+        json ? jsonReport(reading, options) + "\n" : textReport(reading, options, wantsColour());
     std::fwrite(report.data(), 1, report.size(), stdout);
   }
   return std::fflush(stdout) == 0 ? status : 2;

@@ -51,9 +51,8 @@ constexpr KnownError kKnownErrors[] = {
 };
 
 const char* timeReason(const SAMLResponse& response) {
-  return response.assertionMeetsConditions()
-             ? "no assertion's authentication holds any longer"
-             : "now is outside the time window of every assertion";
+  return response.assertionMeetsConditions() ? "no assertion's authentication holds any longer"
+                                             : "now is outside the time window of every assertion";
 }
 
 std::string reasonOf(const Reading& reading) {
@@ -156,9 +155,9 @@ std::string assertionsText(const std::optional<kestrelink::SAMLResponseElement::
   if (!all) return {};
   Table table;
   for (const auto& assertion : *all) {
-    table.add(shown(assertion->identifier()),
-              std::string(assertion->isValid() ? "valid; " : "not valid; ") +
-                  conditionsText(*assertion));
+    table.add(
+        shown(assertion->identifier()),
+        std::string(assertion->isValid() ? "valid; " : "not valid; ") + conditionsText(*assertion));
   }
   return table.empty() ? "" : "\n  Assertions\n" + table.text("    ");
 }

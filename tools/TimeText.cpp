@@ -17,6 +17,16 @@ std::string dateText(const kestrelink::SAMLDate& date) {
   return text.data();
 }
 
+std::optional<kestrelink::SAMLDate> dateFromText(const std::string& text) {
+  std::tm utc{};
+  const char* const end = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%SZ", &utc);
+  if (end == nullptr || *end != '\0') return std::nullopt;
+  const kestrelink::SAMLDate date{std::chrono::sys_seconds(std::chrono::seconds(timegm(&utc)))};
+  // What was only nearly the form, or no day of the calendar, comes back as another text.
+  if (dateText(date) != text) return std::nullopt;
+  return date;
+}
+
 std::string spanText(std::chrono::seconds span) {
   constexpr std::array<std::pair<long long, const char*>, 5> kUnits = {
       {{31556952, "year"}, {86400, "day"}, {3600, "hour"}, {60, "minute"}, {1, "second"}}};

@@ -3,11 +3,13 @@
 #include <CLI/CLI.hpp>
 
 #include "ReadCommand.h"
+#include "RequestCommand.h"
 
 int main(int argc, char** argv) {
-  CLI::App app("Reads the SAML 2.0 messages that sign a television subscriber in. Verifies no "
-               "signature.",
-               "ksaml");
+  CLI::App app(
+      "Reads and makes the SAML 2.0 messages that sign a television subscriber in. Verifies no "
+      "signature.",
+      "ksaml");
   app.set_version_flag("--version", "ksaml " KSAML_VERSION);
   app.require_subcommand(1);
 
@@ -25,9 +27,11 @@ int main(int argc, char** argv) {
   readCommand->add_flag("--json", read.json, "One JSON object a line for each file");
   readCommand->add_option("FILE", read.files, "Messages; - is standard input")->required();
 
+  const ksaml::RequestCommand request(app);
+
   try {
     app.parse(argc, argv);
-    return read.run();
+    return readCommand->parsed() ? read.run() : request.run();
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
   }

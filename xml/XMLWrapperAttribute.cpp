@@ -4,6 +4,7 @@
 
 #include "kestrelink/xml/LibxmlHandles.h"
 #include "kestrelink/xml/LibxmlText.h"
+#include "kestrelink/xml/XmlCharacters.h"
 
 namespace kestrelink {
 
@@ -25,9 +26,12 @@ bool XMLWrapperAttribute::xmlAttrNodeForNode(DetachedNode& node, ErrorOut error)
     record = standingAlone.get();
     if (standingAlone) node.keep(std::move(standingAlone));
   }
-  const xmlAttr* const made =
-      ns_ ? xmlNewNsProp(node.get(), record, xmlTextOf(name_), xmlTextOf(value_))
-          : xmlNewProp(node.get(), xmlTextOf(name_), xmlTextOf(value_));
+  const auto value = value_ ? std::optional(writableText(*value_)) : std::nullopt;
+  const xmlAttr* made = nullptr;
+  if (isXmlName(name_)) {
+    made = ns_ ? xmlNewNsProp(node.get(), record, xmlTextOf(name_), xmlTextOf(value))
+               : xmlNewProp(node.get(), xmlTextOf(name_), xmlTextOf(value));
+  }
   if (made == nullptr) storeError(error, kXMLWrapperErrorDomain, 204);
   return made != nullptr;
 }

@@ -11,6 +11,7 @@
 #include "kestrelink/xml/XMLTreeReading.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 #include "kestrelink/xml/XMLWrapperQuery.h"
+#include "kestrelink/xml/XmlCharacters.h"
 
 namespace kestrelink {
 
@@ -248,7 +249,11 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstResultByXpathQuery(
 // Writing
 
 DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
-  DetachedNode node(XmlNodeOwner(tagName_ ? xmlNewNode(nullptr, xmlTextOf(*tagName_)) : nullptr));
+  if (!tagName_ || !isXmlName(*tagName_)) {
+    logDiagnostic("An element whose tag name is no XML name cannot be written");
+    return {};
+  }
+  DetachedNode node(XmlNodeOwner(xmlNewNode(nullptr, xmlTextOf(*tagName_))));
   if (!node) return {};
   if (childElementSequence_) reorderChildElements();
 
@@ -257,7 +262,9 @@ DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
     namespaces_.at(position)->xmlNsForNode(node.get(), error);
   }
   if (node.get()->nsDef != nullptr) xmlSetNs(node.get(), node.get()->nsDef);
-  if (textContent_) xmlAddChild(node.get(), xmlNewText(xmlTextOf(*textContent_)));
+  if (textContent_) {
+    xmlAddChild(node.get(), xmlNewText(xmlTextOf(writableText(*textContent_))));
+  }
   for (const auto& child : elements_) node.addChild(child->xmlNode(error));
   return node;
 }

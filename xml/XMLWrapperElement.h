@@ -112,8 +112,10 @@ class KESTRELINK_TYPE XMLWrapperElement {
   /// The first of them, or null.
   virtual std::shared_ptr<XMLWrapperElement> firstResultByXpathQuery(std::string_view xpath) const;
 
-  /// A new libxml2 node with its subtree, as the element is now; absent when libxml2 makes none.
-  /// Brings the children into their order, for good.
+  /// A new libxml2 node with its subtree, as the element is now; absent when the tag name is no XML
+  /// name. Brings the children into their order, for good. Characters that XML forbids are written
+  /// as U+FFFD; an attribute (code 204) or namespace (code 205) whose name is no XML name is not
+  /// written.
   virtual DetachedNode xmlNode(ErrorOut error = nullptr);
   /// The element as indented XML text; absent, with code 101 of "XMLWrapperErrorDomain" when no
   /// buffer could be made.

@@ -3,6 +3,7 @@
 #include <libxml/tree.h>
 
 #include "kestrelink/xml/LibxmlText.h"
+#include "kestrelink/xml/XmlCharacters.h"
 
 namespace kestrelink {
 
@@ -11,7 +12,10 @@ std::shared_ptr<XMLWrapperNamespace> XMLWrapperNamespace::initWithNsNode(const x
 }
 
 xmlNs* XMLWrapperNamespace::xmlNsForNode(xmlNode* node, ErrorOut error) const {
-  xmlNs* record = xmlNewNs(node, xmlTextOf(href_), xmlTextOf(prefix_));
+  const auto href = href_ ? std::optional(writableText(*href_)) : std::nullopt;
+  xmlNs* const record = !prefix_ || isXmlNCName(*prefix_)
+                            ? xmlNewNs(node, xmlTextOf(href), xmlTextOf(prefix_))
+                            : nullptr;
   if (record == nullptr) storeError(error, kXMLWrapperErrorDomain, 205);
   return record;
 }

@@ -46,15 +46,9 @@ std::vector<std::shared_ptr<SAMLAuthZDecision>> SAMLAssertion::authorizations() 
 }
 
 std::vector<std::shared_ptr<SAMLAttribute>> SAMLAssertion::samlAttributes() const {
-  std::vector<std::shared_ptr<SAMLAttribute>> attributes;
   const auto statement = firstElementByTagName(kAttributeStatementElementName);
-  if (!statement) return attributes;
-  for (const auto& element : statement->getElementsByTagName(kAttributeElementName)) {
-    if (auto attribute = std::dynamic_pointer_cast<SAMLAttribute>(element)) {
-      attributes.push_back(std::move(attribute));
-    }
-  }
-  return attributes;
+  return statement ? childrenOf<SAMLAttribute>(*statement, kAttributeElementName)
+                   : std::vector<std::shared_ptr<SAMLAttribute>>();
 }
 
 bool SAMLAssertion::isValid(ErrorOut error) const {

@@ -60,8 +60,14 @@ class KESTRELINK_TYPE SAMLBaseElement : public XMLWrapperElement {
 
   template <class Element>
   std::vector<std::shared_ptr<Element>> children(std::string_view tagName) const {
+    return childrenOf<Element>(*this, tagName);
+  }
+
+  template <class Element>
+  static std::vector<std::shared_ptr<Element>> childrenOf(const XMLWrapperElement& parent,
+                                                          std::string_view tagName) {
     std::vector<std::shared_ptr<Element>> found;
-    for (const auto& element : getElementsByTagName(tagName)) {
+    for (const auto& element : parent.getElementsByTagName(tagName)) {
       if (auto typed = std::dynamic_pointer_cast<Element>(element)) {
         found.push_back(std::move(typed));
       }

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+
+#include "kestrelink/saml/elements/SAMLErrors.h"
+#include "kestrelink/xml/XMLWrapperDoc.h"
+
+namespace kestrelink {
+
+/// The root of a parsed document as the request it should be; null with code 102 when it is none.
+template <class Element>
+std::shared_ptr<Element> requestRoot(const XMLWrapperDoc& doc, ErrorOut error) {
+  auto request = std::dynamic_pointer_cast<Element>(doc.documentElement());
+  if (!request) {
+    storeError(error, kSAMLParserErrorDomain, 102, kReceivedClassKey,
+               doc.documentElement()->dynamicClass().name());
+  }
+  return request;
+}
+
+}  // namespace kestrelink

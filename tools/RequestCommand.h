@@ -1,0 +1,44 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "kestrelink/saml/KestrelinkSAML.h"
+
+namespace CLI {
+class App;
+}
+
+namespace ksaml {
+
+/// `ksaml request KIND`: makes a request and writes its XML text.
+class RequestCommand {
+ public:
+  /// Adds the subcommands to the command line.
+  explicit RequestCommand(CLI::App& app);
+
+  /// Makes the request that the command line chose, if it chose one. The program's exit status: 0
+  /// when it was written, 2 when it was not.
+  int run() const;
+
+ private:
+  using Document = std::shared_ptr<kestrelink::XMLWrapperDoc>;
+
+  Document authn() const;
+  Document attributes() const;
+  Document authz() const;
+  Document logout() const;
+  template <class Request>
+  bool takesSubject(Request& request) const;
+
+  std::optional<std::string> issuer_, providerName_, subjectFile_, channel_, resource_, reason_,
+      notOnOrAfter_, sessionIndex_;
+  std::vector<std::string> attributes_, actions_;
+  bool passive_ = false, forceAuthn_ = false, base64_ = false;
+  std::function<Document()> chosen_;
+};
+
+}  // namespace ksaml
