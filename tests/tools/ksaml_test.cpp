@@ -111,6 +111,42 @@ TEST(Ksaml, SaysWhyForPeople) {
   }
 }
 
+TEST(Ksaml, MakesRequests) {
+  const std::string subject = " --subject-from " + kSample;
+  const std::pair<std::string, std::vector<std::string>> written[] = {
+      {"authn --issuer I --provider-name P --passive --force-authn" + subject,
+       {"<samlp:AuthnRequest ", "ProviderID=\"P\"", ">t-58f20c7be1<"}},
+      {"attributes --channel C --attribute A --attribute B=1,2" + subject,
+       {"Name=\"A\"/>", ">1</saml:AttributeValue>", ">2</saml:AttributeValue>"}},
+      {"authz --channel C --resource http://tv.example/1", {"<Action>Play</Action>"}},
+      {"authz --channel C --resource x --action A --action B", {"<Action>A<", "<Action>B<"}},
+      {"logout --issuer I --reason R --not-on-or-after 2030-01-31T12:00:00Z --session-index s",
+       {"NotOnOrAfter=\"2030-01-31T12:00:00Z\"", "<SessionIndex>s<"}},
+      {"logout --base64", {"PHNhbWxwOkxvZ291dFJlcXVlc3Qg"}},
+  };
+  for (const auto& [arguments, expected] : written) {
+    const Outcome run = ksaml("request " + arguments);
+    EXPECT_EQ(run.status, 0) << arguments;
+    for (const std::string& part : expected) {
+      EXPECT_NE(run.out.find(part), std::string::npos) << part << "\nis not in\n" << run.out;
+    }
+  }
+  const std::string refused[] = {
+      "authn",
+      "authn --issuer I --subject-from /absent",
+      "authn --issuer I --subject-from " + kGolden + "denied.xml",
+      "authz --channel C --resource 'no URL'",
+      "logout --not-on-or-after 2030-02-30T12:00:00Z",
+      "logout --not-on-or-after 2030-01-31",
+      "",
+  };
+  for (const std::string& arguments : refused) {
+    const Outcome run = ksaml("request " + arguments + " 2>/dev/null");
+    EXPECT_EQ(run.status, 2) << arguments;
+    EXPECT_EQ(run.out, "") << arguments;
+  }
+}
+
 // A copy without its bundle reads without validation, and says so; a moved tree keeps its bundle.
 TEST(Ksaml, MovedTrees) {
   const fs::path moved = fs::path(::testing::TempDir()) / "kestrelink-moved";
