@@ -7,6 +7,7 @@
 #include "kestrelink/platform/Text.h"
 #include "kestrelink/saml/SAMLElementClasses.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
+#include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {
 namespace {

@@ -1,4 +1,6 @@
+# shellcheck shell=bash
 # For the other scripts to source: installs what a build needs.
+# shellcheck disable=SC2034
 
 # need_packages PACKAGE... - installs those Debian packages that are missing. When it cannot, says
 # in one line what to install and ends the script with status 2.
@@ -19,10 +21,11 @@ need_packages() {
     as_root=(sudo)
   fi
   echo "Installing ${missing[*]}"
-  "${as_root[@]}" apt-get update -qq &&
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-      apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null ||
+  if ! "${as_root[@]}" apt-get update -qq ||
+    ! "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+      apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null; then
     give_up "apt-get failed" "${missing[@]}"
+  fi
 }
 
 give_up() {
@@ -34,4 +37,4 @@ give_up() {
 
 build_packages=(g++ cmake ninja-build pkg-config libxml2-dev nettle-dev uuid-dev
   libutfcpp-dev libcli11-dev nlohmann-json3-dev opensaml-schemas xmltooling-schemas xsltproc)
-test_packages=(libgtest-dev clang libclang-rt-14-dev)
+test_packages=(libgtest-dev clang libclang-rt-14-dev abigail-tools)

@@ -12,7 +12,7 @@
 #include "kestrelink/platform/Clock.h"
 #include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/saml/KestrelinkSAML.h"
-#include "kestrelink/saml/elements/SAMLDate.h"
+#include "kestrelink/saml/elements/SAMLDateText.h"
 
 namespace kestrelink::testing {
 

@@ -54,14 +54,4 @@ inline constexpr std::string_view kLocalizedDescriptionKey = "localizedDescripti
 /// Key of the class name that came with code 102. Kept as it is spelt: clients match this text.
 inline constexpr std::string_view kReceivedClassKey = "recievedClass";
 
-inline void storeError(ErrorOut error, std::string_view domain, std::int64_t code) {
-  if (error != nullptr) *error = ErrorInfo{std::string(domain), code, {}};
-}
-
-inline void storeError(ErrorOut error, std::string_view domain, std::int64_t code,
-                       std::string_view key, std::string_view value) {
-  if (error == nullptr) return;
-  *error = ErrorInfo{std::string(domain), code, {{std::string(key), std::string(value)}}};
-}
-
 }  // namespace kestrelink

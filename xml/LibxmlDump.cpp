@@ -4,6 +4,7 @@
 
 #include "kestrelink/xml/LibxmlHandles.h"
 #include "kestrelink/xml/LibxmlText.h"
+#include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {
 

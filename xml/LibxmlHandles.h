@@ -2,12 +2,12 @@
 #pragma once
 
 #include <memory>
-#include <vector>
 
 struct _xmlBuffer;
 struct _xmlDoc;
 struct _xmlNode;
 struct _xmlNs;
+struct _xmlParserInputBuffer;
 struct _xmlSchema;
 struct _xmlSchemaParserCtxt;
 struct _xmlSchemaValidCtxt;
@@ -21,6 +21,7 @@ struct LibxmlFree {
   void operator()(_xmlDoc* doc) const noexcept;
   void operator()(_xmlNode* node) const noexcept;
   void operator()(_xmlNs* ns) const noexcept;
+  void operator()(_xmlParserInputBuffer* buffer) const noexcept;
   void operator()(_xmlSchema* schema) const noexcept;
   void operator()(_xmlSchemaParserCtxt* context) const noexcept;
   void operator()(_xmlSchemaValidCtxt* context) const noexcept;
@@ -32,6 +33,7 @@ using XmlBufferOwner = std::unique_ptr<_xmlBuffer, LibxmlFree>;
 using XmlDocOwner = std::unique_ptr<_xmlDoc, LibxmlFree>;
 using XmlNodeOwner = std::unique_ptr<_xmlNode, LibxmlFree>;
 using XmlNsOwner = std::unique_ptr<_xmlNs, LibxmlFree>;
+using XmlInputBufferOwner = std::unique_ptr<_xmlParserInputBuffer, LibxmlFree>;
 using XmlSchemaOwner = std::unique_ptr<_xmlSchema, LibxmlFree>;
 using XmlSchemaParserOwner = std::unique_ptr<_xmlSchemaParserCtxt, LibxmlFree>;
 using XmlSchemaValidatorOwner = std::unique_ptr<_xmlSchemaValidCtxt, LibxmlFree>;
@@ -45,34 +47,6 @@ using SharedXmlDoc = std::shared_ptr<_xmlDoc>;
 struct XmlNodeRef {
   SharedXmlDoc doc;
   _xmlNode* node = nullptr;
-};
-
-/// A new element node with its subtree, in no document, or absent. It keeps the namespace records
-/// that only its attributes refer to, which libxml2 would not free.
-class DetachedNode {
- public:
-  DetachedNode() = default;
-  explicit DetachedNode(XmlNodeOwner node) : node_(std::move(node)) {}
-
-  explicit operator bool() const { return node_ != nullptr; }
-  _xmlNode* get() const { return node_.get(); }
-
-  /// Makes the child, if it is present, the last child; false when libxml2 refuses.
-  bool addChild(DetachedNode child);
-
-  /// Keeps the record for as long as the node.
-  void keep(XmlNsOwner attributeNamespace) {
-    attributeNamespaces_.push_back(std::move(attributeNamespace));
-  }
-
-  /// Makes the node the root of a document, which keeps all that the node kept; null when either
-  /// is absent.
-  static SharedXmlDoc intoDocument(DetachedNode root, XmlDocOwner doc);
-
- private:
-  // In this order: the node goes first, then what its attributes refer to.
-  std::vector<XmlNsOwner> attributeNamespaces_;
-  XmlNodeOwner node_;
 };
 
 }  // namespace kestrelink

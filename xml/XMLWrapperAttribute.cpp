@@ -2,8 +2,10 @@
 
 #include <libxml/tree.h>
 
+#include "kestrelink/xml/DetachedNode.h"
 #include "kestrelink/xml/LibxmlHandles.h"
 #include "kestrelink/xml/LibxmlText.h"
+#include "kestrelink/xml/StoreError.h"
 #include "kestrelink/xml/XmlCharacters.h"
 
 namespace kestrelink {

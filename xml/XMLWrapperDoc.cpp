@@ -6,10 +6,12 @@
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
+#include "kestrelink/xml/DetachedNode.h"
 #include "kestrelink/xml/LibxmlDump.h"
 #include "kestrelink/xml/LibxmlErrorRoute.h"
 #include "kestrelink/xml/LibxmlSetup.h"
 #include "kestrelink/xml/LibxmlText.h"
+#include "kestrelink/xml/StoreError.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 #include "kestrelink/xml/XMLWrapperQuery.h"
 #include "kestrelink/xml/XMLWrapperSchema.h"

@@ -6,6 +6,7 @@
 
 #include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/platform/Text.h"
+#include "kestrelink/xml/DetachedNode.h"
 #include "kestrelink/xml/LibxmlDump.h"
 #include "kestrelink/xml/LibxmlText.h"
 #include "kestrelink/xml/XMLTreeReading.h"

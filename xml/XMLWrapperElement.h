@@ -16,6 +16,7 @@
 
 namespace kestrelink {
 
+class DetachedNode;
 class XMLWrapperQuery;
 struct XMLTreeReading;
 

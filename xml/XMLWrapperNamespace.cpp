@@ -3,6 +3,7 @@
 #include <libxml/tree.h>
 
 #include "kestrelink/xml/LibxmlText.h"
+#include "kestrelink/xml/StoreError.h"
 #include "kestrelink/xml/XmlCharacters.h"
 
 namespace kestrelink {

@@ -10,6 +10,7 @@
 #include "kestrelink/xml/LibxmlErrorRoute.h"
 #include "kestrelink/xml/LibxmlSetup.h"
 #include "kestrelink/xml/LibxmlText.h"
+#include "kestrelink/xml/StoreError.h"
 #include "kestrelink/xml/XMLWrapperElement.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 #include "kestrelink/xml/XMLWrapperNamespace.h"

@@ -10,7 +10,6 @@
 #include <string>
 
 #include <climits>
-#include <libxml/parserInternals.h>
 #include <libxml/xmlschemas.h>
 
 #include "kestrelink/platform/DiagnosticLog.h"
@@ -18,7 +17,7 @@
 #include "kestrelink/platform/UrlText.h"
 #include "kestrelink/xml/LibxmlErrorRoute.h"
 #include "kestrelink/xml/LibxmlSetup.h"
-#include "kestrelink/xml/LibxmlText.h"
+#include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {
 namespace {
@@ -164,10 +163,7 @@ xmlParserInput* XMLWExternalEntityLoader(const char* url, const char* /*publicId
         dot == std::string_view::npos ? std::nullopt : std::optional(file.substr(dot + 1));
     const std::optional<std::string> text = bundle->text(file.substr(0, dot), extension);
     if (!text || text->size() > INT_MAX) return nullptr;
-    // A plain string stream would read our text after it is gone; a buffer takes a copy of its own.
-    xmlParserInputBuffer* const copy = xmlParserInputBufferCreateMem(
-        text->data(), static_cast<int>(text->size()), XML_CHAR_ENCODING_NONE);
-    return copy == nullptr ? nullptr : xmlNewIOInputStream(context, copy, XML_CHAR_ENCODING_NONE);
+    return libxmlStreamOver(context, text->data(), static_cast<int>(text->size()));
   } catch (const std::exception&) {
     return nullptr;
   }

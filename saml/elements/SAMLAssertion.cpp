@@ -6,6 +6,7 @@
 #include "kestrelink/saml/elements/SAMLEvidence.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
+#include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {
 

@@ -1,5 +1,6 @@
 #include "kestrelink/saml/elements/SAMLAuthNRequestElement.h"
 
+#include "kestrelink/saml/elements/ElementReading.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
 #include "kestrelink/saml/elements/SAMLRequestParts.h"

@@ -2,7 +2,10 @@
 
 #include "kestrelink/platform/Base64.h"
 #include "kestrelink/platform/Decimal.h"
+#include "kestrelink/saml/elements/ElementReading.h"
+#include "kestrelink/saml/elements/SAMLDateText.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
+#include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {
 
@@ -52,24 +55,6 @@ std::optional<std::vector<std::uint8_t>> SAMLBaseElement::childBytes(
 std::optional<std::string> SAMLBaseElement::childAttributeText(std::string_view tagName,
                                                                std::string_view attribute) const {
   return attributeOf(firstElementByTagName(tagName), attribute);
-}
-
-std::vector<std::string> textsOf(const XMLWrapperElement::List& elements) {
-  std::vector<std::string> texts;
-  for (const auto& element : elements) {
-    if (const auto& text = element->textContent()) texts.push_back(*text);
-  }
-  return texts;
-}
-
-std::optional<std::string> textOf(const std::shared_ptr<XMLWrapperElement>& element) {
-  return element ? element->textContent() : std::nullopt;
-}
-
-std::optional<std::string> attributeOf(const std::shared_ptr<XMLWrapperElement>& element,
-                                       std::string_view name) {
-  const auto attribute = element ? element->attributeWithName(name) : nullptr;
-  return attribute ? attribute->value() : std::nullopt;
 }
 
 }  // namespace kestrelink

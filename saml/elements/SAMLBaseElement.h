@@ -76,14 +76,4 @@ class KESTRELINK_TYPE SAMLBaseElement : public XMLWrapperElement {
   }
 };
 
-/// The texts of those elements that have one.
-std::vector<std::string> textsOf(const XMLWrapperElement::List& elements);
-
-/// The text of an element that may be null.
-std::optional<std::string> textOf(const std::shared_ptr<XMLWrapperElement>& element);
-
-/// The value of an attribute of an element that may be null.
-std::optional<std::string> attributeOf(const std::shared_ptr<XMLWrapperElement>& element,
-                                       std::string_view name);
-
 }  // namespace kestrelink

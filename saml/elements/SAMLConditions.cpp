@@ -2,9 +2,11 @@
 
 #include "kestrelink/platform/Clock.h"
 #include "kestrelink/platform/Decimal.h"
+#include "kestrelink/saml/elements/ElementReading.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
+#include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {
 

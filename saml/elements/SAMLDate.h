@@ -2,9 +2,6 @@
 
 #include <chrono>
 #include <compare>
-#include <optional>
-#include <string>
-#include <string_view>
 
 namespace kestrelink {
 
@@ -51,18 +48,5 @@ class SAMLDate {
  private:
   std::chrono::sys_seconds instant_;
 };
-
-/// Reads and writes the one text form of dates: "yyyy-MM-ddTHH:mm:ssZ", always UTC, always whole
-/// seconds, whatever the locale and time zone of the process.
-class SAMLDateFormatter {
- public:
-  std::string stringFromDate(SAMLDate date) const;
-  /// Absent for anything but exactly that form: fractions of a second and offsets are common in
-  /// real messages and do not parse.
-  std::optional<SAMLDate> dateFromString(std::string_view text) const;
-};
-
-std::optional<std::string> SAMLStringFromDate(std::optional<SAMLDate> date);
-std::optional<SAMLDate> SAMLDateFromString(std::optional<std::string_view> text);
 
 }  // namespace kestrelink

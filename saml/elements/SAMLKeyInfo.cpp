@@ -2,6 +2,7 @@
 
 #include "kestrelink/platform/Base64.h"
 #include "kestrelink/platform/Decimal.h"
+#include "kestrelink/saml/elements/ElementReading.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
 #include "kestrelink/saml/elements/SAMLSignature.h"

@@ -3,6 +3,7 @@
 #include "kestrelink/platform/Clock.h"
 #include "kestrelink/platform/Uuid.h"
 #include "kestrelink/saml/elements/SAMLDate.h"
+#include "kestrelink/saml/elements/SAMLDateText.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
 

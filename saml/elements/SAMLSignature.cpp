@@ -2,9 +2,11 @@
 
 #include "kestrelink/platform/Decimal.h"
 #include "kestrelink/platform/DiagnosticLog.h"
+#include "kestrelink/saml/elements/ElementReading.h"
 #include "kestrelink/saml/elements/SAMLKeyInfo.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
+#include "kestrelink/xml/DetachedNode.h"
 
 namespace kestrelink {
 
@@ -14,18 +16,6 @@ constinit const XMLWrapperElementClass SAMLSignedInfo::elementClass{
     "SAMLSignedInfo", &makeElementInstance<SAMLSignedInfo>};
 constinit const XMLWrapperElementClass SAMLSignature::elementClass{
     "SAMLSignature", &makeElementInstance<SAMLSignature>};
-
-std::vector<std::string> transformsOf(const XMLWrapperElement& element) {
-  std::vector<std::string> algorithms;
-  const auto transforms = element.firstElementByTagName(kTransformsElementName);
-  if (!transforms) return algorithms;
-  for (const auto& transform : transforms->getElementsByTagName(kTransformElementName)) {
-    if (auto algorithm = attributeOf(transform, kAlgorithmAttributeName)) {
-      algorithms.push_back(std::move(*algorithm));
-    }
-  }
-  return algorithms;
-}
 
 std::shared_ptr<SAMLSignatureReference> SAMLSignatureReference::createElement(ErrorOut /*error*/) {
   return makeElement<SAMLSignatureReference>(kReferenceElementName);

@@ -59,7 +59,4 @@ class KESTRELINK_TYPE SAMLSignature : public SAMLBaseElement {
   virtual bool isValid() const;
 };
 
-/// The algorithms of the "Transform" elements in the first "Transforms" of an element.
-std::vector<std::string> transformsOf(const XMLWrapperElement& element);
-
 }  // namespace kestrelink

@@ -1,8 +1,10 @@
 #include "kestrelink/saml/elements/SAMLSubject.h"
 
 #include "kestrelink/platform/DiagnosticLog.h"
+#include "kestrelink/saml/elements/SAMLDateText.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
+#include "kestrelink/xml/DetachedNode.h"
 
 namespace kestrelink {
 

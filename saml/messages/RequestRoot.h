@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "kestrelink/saml/elements/SAMLErrors.h"
+#include "kestrelink/xml/StoreError.h"
 #include "kestrelink/xml/XMLWrapperDoc.h"
 
 namespace kestrelink {

@@ -4,8 +4,10 @@
 #include <utility>
 
 #include "kestrelink/platform/UrlText.h"
+#include "kestrelink/saml/elements/ElementReading.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
+#include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {
 

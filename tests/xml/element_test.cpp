@@ -1,7 +1,7 @@
 #include <libxml/tree.h>
 
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
-#include "kestrelink/xml/LibxmlHandles.h"
+#include "kestrelink/xml/DetachedNode.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 
 #include "Support.h"

@@ -1,4 +1,4 @@
-#include "kestrelink/saml/elements/SAMLDate.h"
+#include "kestrelink/saml/elements/SAMLDateText.h"
 
 #include <array>
 #include <cstdio>

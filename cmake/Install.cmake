@@ -1,0 +1,67 @@
+# What `cmake --install` puts where. The tree may be moved afterwards: the library finds its resource
+# bundle, and CMake and pkg-config find the library, relative to where they are.
+
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/KestrelinkSAML")
+
+foreach(library kestrelink-saml kestrelink-saml-static)
+  target_include_directories(${library} PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+endforeach()
+install(TARGETS kestrelink-saml EXPORT KestrelinkSAMLTargets
+  LIBRARY COMPONENT runtime NAMELINK_COMPONENT development)
+install(TARGETS kestrelink-saml-static EXPORT KestrelinkSAMLStaticTargets
+  ARCHIVE COMPONENT development)
+foreach(export KestrelinkSAMLTargets KestrelinkSAMLStaticTargets)
+  install(EXPORT ${export} NAMESPACE KestrelinkSAML:: DESTINATION "${package_dir}"
+    COMPONENT development)
+endforeach()
+
+configure_package_config_file(cmake/KestrelinkSAMLConfig.cmake.in
+  "${PROJECT_BINARY_DIR}/KestrelinkSAMLConfig.cmake" INSTALL_DESTINATION "${package_dir}"
+  NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/KestrelinkSAMLConfigVersion.cmake"
+  COMPATIBILITY SameMinorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/KestrelinkSAMLConfig.cmake"
+  "${PROJECT_BINARY_DIR}/KestrelinkSAMLConfigVersion.cmake"
+  DESTINATION "${package_dir}" COMPONENT development)
+
+foreach(header IN LISTS KESTRELINK_PUBLIC_HEADERS)
+  cmake_path(GET header PARENT_PATH room)
+  install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kestrelink/${room}"
+    COMPONENT development)
+endforeach()
+
+# A folder given as an absolute path stays as it is; any other is relative to the .pc file.
+cmake_path(SET pc_dir NORMALIZE "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+  set(pc_prefix "${CMAKE_INSTALL_PREFIX}")
+else()
+  file(RELATIVE_PATH up "/${pc_dir}" "/")
+  cmake_path(SET up NORMALIZE "${up}")
+  string(REGEX REPLACE "/$" "" up "${up}")
+  set(pc_prefix "\${pcfiledir}/${up}")
+endif()
+foreach(kind lib include)
+  string(TOUPPER "${kind}" upper)
+  set(pc_${kind}dir "${CMAKE_INSTALL_${upper}DIR}")
+  if(NOT IS_ABSOLUTE "${pc_${kind}dir}")
+    string(PREPEND pc_${kind}dir "\${prefix}/")
+  endif()
+endforeach()
+configure_file(cmake/kestrelink-saml.pc.in "${PROJECT_BINARY_DIR}/kestrelink-saml.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/kestrelink-saml.pc" DESTINATION "${pc_dir}"
+  COMPONENT development)
+
+install(DIRECTORY "${PROJECT_BINARY_DIR}/share/com.norvane.Kestrelink.SAMLFramework"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}" COMPONENT runtime)
+
+if(TARGET ksaml)
+  file(RELATIVE_PATH lib_from_bin "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
+  set_target_properties(ksaml PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
+  install(TARGETS ksaml RUNTIME COMPONENT runtime)
+  install(FILES docs/ksaml.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
+  install(FILES tools/completion/ksaml
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT runtime)
+endif()

@@ -1,0 +1,38 @@
+# The headers that are installed: what the public header includes, and nothing else. A test checks
+# that the list is complete.
+set(KESTRELINK_PUBLIC_HEADERS
+  platform/Export.h
+  platform/SharedBytes.h
+  saml/KestrelinkSAML.h
+  saml/SAMLConstants.h
+  saml/SAMLParserController.h
+  saml/elements/SAMLAssertion.h
+  saml/elements/SAMLAttribute.h
+  saml/elements/SAMLAttributeQueryElement.h
+  saml/elements/SAMLAuthNRequestElement.h
+  saml/elements/SAMLAuthNStatement.h
+  saml/elements/SAMLAuthZDecision.h
+  saml/elements/SAMLAuthZDecisionQueryElement.h
+  saml/elements/SAMLBaseElement.h
+  saml/elements/SAMLConditions.h
+  saml/elements/SAMLDate.h
+  saml/elements/SAMLEvidence.h
+  saml/elements/SAMLKeyInfo.h
+  saml/elements/SAMLLogoutRequestElement.h
+  saml/elements/SAMLResponseElement.h
+  saml/elements/SAMLSignature.h
+  saml/elements/SAMLStatus.h
+  saml/elements/SAMLSubject.h
+  saml/messages/SAMLAttributeQuery.h
+  saml/messages/SAMLAuthNRequest.h
+  saml/messages/SAMLAuthZDecisionQuery.h
+  saml/messages/SAMLLogoutRequest.h
+  saml/messages/SAMLResponse.h
+  xml/ErrorInfo.h
+  xml/LibxmlHandles.h
+  xml/NamespaceMap.h
+  xml/XMLWrapperAttribute.h
+  xml/XMLWrapperDoc.h
+  xml/XMLWrapperElement.h
+  xml/XMLWrapperElementClass.h
+  xml/XMLWrapperNamespace.h)

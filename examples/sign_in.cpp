@@ -1,0 +1,75 @@
+// Signing a subscriber in, from the first request to what they may watch.
+//
+// The client does what the library does not: it sends, it receives, and it verifies the signature
+// of every answer before the library reads it (see verify_then_read/). Here the answers come from
+// files: sign_in ANSWER [DECISION].
+
+#include <kestrelink/saml/KestrelinkSAML.h>
+
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <string>
+
+namespace ks = kestrelink;
+
+namespace {
+
+// Stands for the client's network: sends the request, receives the answer, verifies it.
+std::string sendAndVerify(const std::optional<std::string>& request, const char* answerFile) {
+  std::cout << "--> " << request.value_or("").substr(0, 60) << "...\n";
+  std::ifstream file(answerFile);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+int giveUp(const std::string& why) {
+  std::cout << "not signed in: " << why << "\n";
+  return 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2) return giveUp("no answer given");
+  const auto& controller = ks::SAMLParserController::sharedInstance();
+  if (!controller.schema()) return giveUp("the schema is missing, so nothing would be validated");
+
+  // Ask quietly first; the provider says when it must show its sign-in page.
+  const auto request = controller.newAuthNRequest("https://signin.harbour-tv.example");
+  request->setIsPassive(true);
+  const std::string answer = sendAndVerify(request->xmlString(), argv[1]);
+
+  std::optional<ks::ErrorInfo> error;
+  const auto response = controller.parseResponse(answer, &error);
+  if (!response) return giveUp(error ? error->domain + " " + std::to_string(error->code) : "");
+  if (response->expectedAction() == ks::SAMLExpectedActionPresentUI) {
+    return giveUp("show the provider's sign-in page, then ask again without setIsPassive");
+  }
+  if (response->expectedAction() != ks::SAMLExpectedActionProceed) {
+    return giveUp(response->primaryStatusCode().value_or("no status"));
+  }
+  const auto assertions = response->assertions();
+  if (!response->hasValidAuthentication() || !assertions || assertions->empty() ||
+      !assertions->front()->isValidForRequestor("https://signin.harbour-tv.example")) {
+    return giveUp("the answer is not about this client");
+  }
+
+  std::cout << "signed in: " << response->userName().value_or("a subscriber") << " at "
+            << response->selectedProvider().value_or("an unnamed provider") << "\n";
+  for (const auto& [name, values] : response->attributes()) {
+    std::cout << "  " << name << ":";
+    for (const std::string& value : values) std::cout << " " << value;
+    std::cout << "\n";
+  }
+
+  // May this subscriber watch? The question carries the subject of the answer.
+  const char* const channel = "https://harbour-tv.example/live";
+  const auto query = controller.newAuthZQuery(channel, "HARBOUR");
+  query->setSubjectFromResponse(answer);
+  query->addAction(ks::SAMLAuthZDecisionQueryActionPlay);
+  const auto decision =
+      controller.parseResponse(sendAndVerify(query->xmlString(), argc > 2 ? argv[2] : argv[1]));
+  const auto word = decision ? decision->authorizationStatusForResource(channel) : std::nullopt;
+  std::cout << "may watch: " << word.value_or("no decision") << "\n";
+  return 0;
+}

@@ -1,0 +1,54 @@
+#!/usr/bin/env bash
+# Builds and runs the consumers against an installed tree, which is moved half-way.
+# run.sh KIND SOURCE_DIR BUILD_DIR CXX
+set -euo pipefail
+kind=$1 source=$2 build=$3 cxx=$4
+work=$build/consumers/$kind
+answer=$source/examples/answer.xml
+rm -rf "$work"
+mkdir -p "$work"
+
+configure() {
+  cmake -G Ninja -S "$source/tests/consumers/$1" -B "$work/build" -DCMAKE_CXX_COMPILER="$cxx" \
+    -DCMAKE_BUILD_TYPE=Release "${@:2}" >"$work/log" || { cat "$work/log"; exit 1; }
+  cmake --build "$work/build" >>"$work/log" || { cat "$work/log"; exit 1; }
+}
+
+if [ "$kind" = subdirectory ]; then
+  configure subdirectory -DKESTRELINK_SOURCE_DIR="$source"
+  # The bundle is staged in the library's own build folder, beside its lib/.
+  exec "$work/build/consumer" "$answer"
+fi
+
+cmake --install "$build" --prefix "$work/prefix" >/dev/null
+mv "$work/prefix" "$work/moved"
+prefix=$work/moved
+
+case $kind in
+  find_package)
+    configure find_package -DCMAKE_PREFIX_PATH="$prefix"
+    "$work/build/consumer" "$answer"
+    ;;
+  static)
+    configure static -DCMAKE_PREFIX_PATH="$prefix" -DCLIENT_PREFIX="$prefix"
+    ! ldd "$prefix/bin/consumer" | grep -q kestrelink
+    "$prefix/bin/consumer" "$answer"
+    ;;
+  pkg_config)
+    export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+    read -ra flags < <(pkg-config --cflags --libs kestrelink-saml)
+    "$cxx" -std=c++20 -Wall -Wextra -Werror "$source/tests/consumers/consumer.cpp" "${flags[@]}" \
+      -o "$work/consumer"
+    LD_LIBRARY_PATH=$prefix/lib "$work/consumer" "$answer"
+    # An absolute library folder stays what it is.
+    cmake -S "$source" -B "$work/absolute" -G Ninja -DKESTRELINK_BUILD_TESTS=OFF \
+      -DKESTRELINK_BUILD_TOOLS=OFF -DCMAKE_INSTALL_LIBDIR=/opt/deep/lib >/dev/null
+    grep -qx 'libdir=/opt/deep/lib' "$work/absolute/kestrelink-saml.pc"
+    ;;
+esac
+
+# Moved once more, the program that was built still finds library and bundle.
+if [ "$kind" = pkg_config ]; then
+  mv "$prefix" "$work/again"
+  LD_LIBRARY_PATH=$work/again/lib "$work/consumer" "$answer"
+fi

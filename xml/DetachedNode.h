@@ -1,0 +1,38 @@
+#pragma once
+
+#include <utility>
+#include <vector>
+
+#include "kestrelink/xml/LibxmlHandles.h"
+
+namespace kestrelink {
+
+/// A new element node with its subtree, in no document, or absent. It keeps the namespace records
+/// that only its attributes refer to, which libxml2 would not free.
+class DetachedNode {
+ public:
+  DetachedNode() = default;
+  explicit DetachedNode(XmlNodeOwner node) : node_(std::move(node)) {}
+
+  explicit operator bool() const { return node_ != nullptr; }
+  _xmlNode* get() const { return node_.get(); }
+
+  /// Makes the child, if it is present, the last child; false when libxml2 refuses.
+  bool addChild(DetachedNode child);
+
+  /// Keeps the record for as long as the node.
+  void keep(XmlNsOwner attributeNamespace) {
+    attributeNamespaces_.push_back(std::move(attributeNamespace));
+  }
+
+  /// Makes the node the root of a document, which keeps all that the node kept; null when either
+  /// is absent.
+  static SharedXmlDoc intoDocument(DetachedNode root, XmlDocOwner doc);
+
+ private:
+  // In this order: the node goes first, then what its attributes refer to.
+  std::vector<XmlNsOwner> attributeNamespaces_;
+  XmlNodeOwner node_;
+};
+
+}  // namespace kestrelink
