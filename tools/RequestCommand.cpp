@@ -1,6 +1,7 @@
 #include "RequestCommand.h"
 
 #include <cstdio>
+#include <sstream>
 
 #include <CLI/CLI.hpp>
 
@@ -22,11 +23,8 @@ std::nullptr_t refuse(const char* format, const std::string& what) {
 
 std::vector<std::string> split(const std::string& list) {
   std::vector<std::string> parts;
-  std::size_t from = 0;
-  for (std::size_t comma; (comma = list.find(',', from)) != std::string::npos; from = comma + 1) {
-    parts.push_back(list.substr(from, comma - from));
-  }
-  parts.push_back(list.substr(from));
+  std::istringstream rest(list + ",");
+  for (std::string part; std::getline(rest, part, ',');) parts.push_back(part);
   return parts;
 }
 

@@ -9,7 +9,7 @@
 
 namespace kestrelink {
 
-NamespaceRecords::Position NamespaceRecords::positionOf(const xmlNs* record) {
+NamespaceRecords::Position NamespaceRecords::locate(const xmlNs* record) {
   if (const auto known = positions_.find(record); known != positions_.end()) return known->second;
 
   // From the record to the first that is known, or to the end of a list not met before.
@@ -35,14 +35,14 @@ NamespaceRecords::Position NamespaceRecords::positionOf(const xmlNs* record) {
 
 NamespaceMap NamespaceRecords::recordedFrom(const xmlNs* own) {
   if (own == nullptr) return {};
-  const auto [list, length] = positionOf(own);
+  const auto [list, length] = locate(own);
   list->lastRecordedAt[length - 1] = ++recordings_;
   return {list->entries, length};
 }
 
 NamespaceMap::Entry NamespaceRecords::namespaceOf(const xmlNs* record) {
   if (record == nullptr) return nullptr;
-  const auto [list, length] = positionOf(record);
+  const auto [list, length] = locate(record);
   return (*list->entries)[length - 1];
 }
 

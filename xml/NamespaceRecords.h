@@ -39,7 +39,7 @@ class NamespaceRecords {
     std::size_t length;  // of the suffix that begins with the record
   };
 
-  Position positionOf(const _xmlNs* record);
+  Position locate(const _xmlNs* record);
 
   std::vector<std::unique_ptr<List>> lists_;
   std::unordered_map<const _xmlNs*, Position> positions_;

@@ -33,6 +33,7 @@ class SAMLDate {
     return instant_;
   }
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the comparison with 0 for a pointer
   friend constexpr auto operator<=>(SAMLDate left, SAMLDate right) = default;
   friend constexpr std::strong_ordering operator<=>(SAMLDate left, time_point right) {
     const SAMLDate second(right);
