@@ -4,6 +4,14 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
+# Compresses a file, the same bytes every time, into the build folder under that name.
+function(kestrelink_compressed file name)
+  add_custom_command(OUTPUT "${PROJECT_BINARY_DIR}/${name}"
+    COMMAND sh -c "gzip -9nc '${file}' >'${PROJECT_BINARY_DIR}/${name}'"
+    DEPENDS "${file}" VERBATIM)
+  add_custom_target(compressed-${name} ALL DEPENDS "${PROJECT_BINARY_DIR}/${name}")
+endfunction()
+
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/KestrelinkSAML")
 
 foreach(library kestrelink-saml kestrelink-saml-static)
@@ -61,7 +69,8 @@ if(TARGET ksaml)
   file(RELATIVE_PATH lib_from_bin "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
   set_target_properties(ksaml PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
   install(TARGETS ksaml RUNTIME COMPONENT runtime)
-  install(FILES docs/ksaml.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
+  kestrelink_compressed("${PROJECT_SOURCE_DIR}/docs/ksaml.1" ksaml.1.gz)
+  install(FILES "${PROJECT_BINARY_DIR}/ksaml.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
   install(FILES tools/completion/ksaml
     DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT runtime)
 endif()

@@ -12,18 +12,32 @@ set(runtime "libkestrelink-saml${PROJECT_VERSION_MAJOR}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "${runtime}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "SAML 2.0 messages of television sign-in
- Reads a television provider's answer to a sign-in and makes the requests that
- go before and after it. This package holds the shared library, the schema
- files it validates by, and the command-line tool ksaml.")
+file(WRITE "${PROJECT_BINARY_DIR}/debian/shlibs"
+  "libkestrelink-saml ${PROJECT_VERSION_MAJOR} ${runtime} (>= ${PROJECT_VERSION})\n")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
+  "${PROJECT_BINARY_DIR}/debian/shlibs;${PROJECT_SOURCE_DIR}/cmake/debian/triggers")
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
+"Reads a television provider's answer to a sign-in and makes the requests that
+go before and after it. This package holds the shared library, the schema
+files it validates by, and the command-line tool ksaml.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkestrelink-saml-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime} (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "libxml2-dev, nettle-dev, uuid-dev")
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "development files for kestrelink-saml
- Headers, static library, and the files by which CMake and pkg-config find the
- library.")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+"Headers, static library, and the files by which CMake and pkg-config find the
+library.")
+
+# What Debian wants to find beside a package's files.
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  kestrelink_compressed("${PROJECT_SOURCE_DIR}/CHANGELOG.md" changelog.gz)
+  foreach(component runtime development)
+    string(TOUPPER "${component}" upper)
+    set(doc "${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}")
+    install(FILES "${PROJECT_BINARY_DIR}/changelog.gz" cmake/debian/copyright
+      DESTINATION "${doc}" COMPONENT ${component})
+  endforeach()
+endif()
 
 include(CPack)
