@@ -1,11 +1,14 @@
 #include "kestrelink/platform/DiagnosticLog.h"
 
+#include <signal.h>
 #include <sys/uio.h>
 #include <syslog.h>
 #include <unistd.h>
 
 #include <array>
 #include <atomic>
+#include <cerrno>
+#include <ctime>
 
 namespace kestrelink {
 namespace {
@@ -15,6 +18,21 @@ std::atomic<DiagnosticObserver> observer{nullptr};
 constexpr std::string_view kPrefix = "kestrelink-saml: ";
 
 iovec piece(std::string_view text) { return {const_cast<char*>(text.data()), text.size()}; }
+
+// A reader of standard error that is gone must not end the process.
+void writeWithoutSignal(const std::array<iovec, 3>& pieces) noexcept {
+  sigset_t pipe, pending, before;
+  sigemptyset(&pipe);
+  sigaddset(&pipe, SIGPIPE);
+  sigpending(&pending);
+  pthread_sigmask(SIG_BLOCK, &pipe, &before);
+  const ssize_t written = ::writev(STDERR_FILENO, pieces.data(), static_cast<int>(pieces.size()));
+  if (written < 0 && errno == EPIPE && sigismember(&pending, SIGPIPE) == 0) {
+    const timespec atOnce{};
+    sigtimedwait(&pipe, nullptr, &atOnce);
+  }
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
 
 }  // namespace
 
@@ -27,8 +45,7 @@ void logDiagnostic(std::string_view line) noexcept {
   ::syslog(LOG_USER | LOG_NOTICE, "%s%.*s", kPrefix.data(), static_cast<int>(line.size()),
            line.data());
   const std::array<iovec, 3> pieces = {piece(kPrefix), piece(line), piece("\n")};
-  [[maybe_unused]] const ssize_t written =
-      ::writev(STDERR_FILENO, pieces.data(), static_cast<int>(pieces.size()));
+  writeWithoutSignal(pieces);
 }
 
 void setDiagnosticObserverForTesting(DiagnosticObserver newObserver) noexcept {

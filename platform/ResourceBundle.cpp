@@ -9,6 +9,7 @@
 #include <system_error>
 #include <utility>
 
+#include "kestrelink/platform/Immortal.h"
 #include "kestrelink/platform/Text.h"
 
 namespace kestrelink {
@@ -34,7 +35,9 @@ fs::path loadedFile() {
 
 // Two levels, because Debian keeps libraries one folder deeper (lib/x86_64-linux-gnu).
 std::optional<ResourceBundle> locateBundle() {
-  const fs::path folderOfCode = loadedFile().parent_path();
+  const fs::path file = loadedFile();
+  if (file.empty()) return std::nullopt;  // gone since it was loaded; never the current folder
+  const fs::path folderOfCode = file.parent_path();
   for (const fs::path& prefix :
        {folderOfCode.parent_path(), folderOfCode.parent_path().parent_path()}) {
     std::error_code failure;
@@ -80,7 +83,7 @@ std::optional<std::string> readFile(const fs::path& path) {
 ResourceBundle::ResourceBundle(fs::path folder) : folder_(std::move(folder)) {}
 
 const ResourceBundle* ResourceBundle::ofLibrary() {
-  static const std::optional<ResourceBundle> bundle = locateBundle();
+  static const auto& bundle = immortal<std::optional<ResourceBundle>>(locateBundle());
   return bundle ? &*bundle : nullptr;
 }
 

@@ -1,5 +1,7 @@
 #include "kestrelink/platform/Text.h"
 
+#include <algorithm>
+
 #include <utf8.h>
 
 namespace kestrelink {
@@ -56,7 +58,10 @@ std::size_t trailingWhiteSpace(std::string_view text) {
 
 }  // namespace
 
-bool isUtf8(std::string_view bytes) { return utf8::is_valid(bytes.begin(), bytes.end()); }
+bool isUtf8(std::string_view bytes) {
+  if (std::all_of(bytes.begin(), bytes.end(), isAscii)) return true;
+  return utf8::is_valid(bytes.begin(), bytes.end());
+}
 
 std::string_view trimmed(std::string_view text) {
   while (!text.empty()) {

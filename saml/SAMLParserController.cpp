@@ -1,11 +1,11 @@
 #include "kestrelink/saml/SAMLParserController.h"
 
-#include <mutex>
 #include <utility>
 
+#include "kestrelink/platform/Immortal.h"
 #include "kestrelink/platform/ResourceBundle.h"
 #include "kestrelink/platform/Text.h"
-#include "kestrelink/saml/SAMLElementClasses.h"
+#include "kestrelink/saml/elements/SAMLElementClasses.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
 #include "kestrelink/xml/StoreError.h"
 
@@ -21,13 +21,12 @@ SharedBytes readProtocolSchema() {
 }  // namespace
 
 SAMLParserController& SAMLParserController::sharedInstance() {
-  static SAMLParserController controller;
+  static auto& controller = immortal<SAMLParserController>();
   return controller;
 }
 
 SAMLParserController::SAMLParserController() : schemaData_(readProtocolSchema()) {
-  static std::once_flag once;
-  std::call_once(once, registerSAMLElementClasses);
+  registerSAMLElementClasses();
 }
 
 SAMLParserController::~SAMLParserController() = default;

@@ -21,9 +21,9 @@ namespace kestrelink {
 ///     if (!response) report(error);
 ///     auto request = SAMLParserController::sharedInstance().newAuthNRequest("https://tv.example");
 ///
-/// It holds the SAML 2.0 protocol schema, against which every message is validated. When the schema
-/// is missing from the library's resource bundle, messages are read without validation and nothing
-/// is reported: a client notices by asking `schema`, which then answers null.
+/// It holds the SAML 2.0 protocol schema, against which it validates every answer it reads. When
+/// the schema is missing from the library's resource bundle, messages are read without validation
+/// and nothing is reported: a client notices by asking `schema`, which then answers null.
 ///
 /// Threads: every operation but `setSchemaData` may be called from several threads at once.
 class KESTRELINK_EXPORT SAMLParserController {
@@ -46,12 +46,16 @@ class KESTRELINK_EXPORT SAMLParserController {
   /// - it has assertions and now is in the time window of none (401);
   /// - it has assertions and none is valid (401, 400), as when the authentication has ended.
   ///
+  /// The error may also hold something when the answer is accepted: what kept an earlier of its
+  /// assertions from being the one.
+  ///
   /// An accepted answer may still say no: ask `SAMLResponse::expectedAction`. No signature is
   /// verified: whoever needs trust in the answer verifies it first.
   std::shared_ptr<SAMLResponse> parseResponse(std::string_view response,
                                               ErrorOut error = nullptr) const;
 
-  /// The same without the time window: for an answer that the client kept.
+  /// The same without the time window: for an answer that the client kept. A root that is no
+  /// response is not rejected here; it leaves code 102, and the document has no `responseElement`.
   std::shared_ptr<SAMLResponse> parseCachedResponse(std::string_view response,
                                                     ErrorOut error = nullptr) const;
 

@@ -29,4 +29,10 @@ std::optional<std::string> readInput(const std::string& path) {
   return std::nullopt;
 }
 
+bool finishedOutput() {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
+  std::fprintf(stderr, "ksaml: cannot write: %s\n", std::strerror(errno));
+  return false;
+}
+
 }  // namespace ksaml

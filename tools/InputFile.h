@@ -9,4 +9,7 @@ namespace ksaml {
 /// they cannot be read.
 std::optional<std::string> readInput(const std::string& path);
 
+/// Whether all that was printed on standard output got there; a line on standard error if not.
+bool finishedOutput();
+
 }  // namespace ksaml

@@ -47,7 +47,7 @@ int ReadCommand::run() const {
         json ? jsonReport(reading, options) + "\n" : textReport(reading, options, wantsColour());
     std::fwrite(report.data(), 1, report.size(), stdout);
   }
-  return std::fflush(stdout) == 0 ? status : 2;
+  return finishedOutput() ? status : 2;
 }
 
 }  // namespace ksaml

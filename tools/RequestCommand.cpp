@@ -87,11 +87,15 @@ RequestCommand::RequestCommand(CLI::App& app) {
 int RequestCommand::run() const {
   if (!chosen_) return 0;
   const Document request = chosen_();
-  const auto text = request ? request->xmlString() : std::nullopt;
-  if (!text) return 2;
+  if (!request) return 2;
+  const auto text = request->xmlString();
+  if (!text) {
+    std::fputs("ksaml: the request could not be written\n", stderr);
+    return 2;
+  }
   const std::string output = base64_ ? toBase64(*text) : *text;
   std::printf("%s\n", output.c_str());
-  return std::fflush(stdout) == 0 ? 0 : 2;
+  return finishedOutput() ? 0 : 2;
 }
 
 template <class Request>

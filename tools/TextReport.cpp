@@ -42,7 +42,7 @@ struct KnownError {
 constexpr std::string_view kXml = kestrelink::kXMLWrapperErrorDomain;
 constexpr std::string_view kSaml = "SAMLParserErrorDomain";
 constexpr KnownError kKnownErrors[] = {
-    {kXml, 100, "it is not valid against the SAML 2.0 protocol schema"},
+    {kXml, 100, "it was not found valid against the SAML 2.0 protocol schema"},
     {kXml, 200, "there is no XML in it"},
     {kSaml, 100, "it is not UTF-8 text"},
     {kSaml, 102, "its root element is neither Response nor LogoutResponse"},
@@ -50,22 +50,22 @@ constexpr KnownError kKnownErrors[] = {
     {kSaml, 500, "a signature says that it is not valid"},
 };
 
-const char* timeReason(const SAMLResponse& response) {
-  return response.assertionMeetsConditions() ? "no assertion's authentication holds any longer"
-                                             : "now is outside the time window of every assertion";
+const char* timeReason(const SAMLResponse& response, const ReadOptions& options) {
+  return options.cached || response.assertionMeetsConditions()
+             ? "no assertion has an authentication that still holds"
+             : "now is outside the time window of every assertion";
 }
 
-std::string reasonOf(const Reading& reading) {
+std::string reasonOf(const Reading& reading, const ReadOptions& options) {
   if (!reading.error) {
-    return reading.response ? "no assertion meets conditions: the last one has none"
-                            : "there is no element in it";
+    return reading.response ? "no assertion has conditions" : "there is no element in it";
   }
   for (const KnownError& known : kKnownErrors) {
     if (known.domain == reading.error->domain && known.code == reading.error->code) {
       return known.sentence;
     }
   }
-  return reading.response ? timeReason(*reading.response) : "it could not be read";
+  return reading.response ? timeReason(*reading.response, options) : "it could not be read";
 }
 
 std::string errorDetails(const kestrelink::ErrorInfo& error) {
@@ -81,14 +81,17 @@ std::string errorDetails(const kestrelink::ErrorInfo& error) {
   return text;
 }
 
-std::string verdict(const Reading& reading, bool colour) {
+std::string verdict(const Reading& reading, const ReadOptions& options, bool colour) {
   const std::string word = reading.accepted ? "accepted" : "rejected";
   std::string text = printable(reading.file) + ": ";
   text += colour ? (reading.accepted ? "\033[1;32m" : "\033[1;31m") + word + "\033[0m" : word;
-  if (!reading.accepted) text += ": " + reasonOf(reading);
+  if (!reading.accepted) text += ": " + reasonOf(reading, options);
   text += "\n";
   if (reading.error) text += errorDetails(*reading.error);
   if (!reading.validated) text += "  not validated: no schema\n";
+  if (reading.accepted && !reading.response->responseElement()) {
+    text += "  its root is no response: nothing was judged\n";
+  }
   return text;
 }
 
@@ -206,7 +209,7 @@ std::string answers(const SAMLResponse& response, const ReadOptions& options) {
 }  // namespace
 
 std::string textReport(const Reading& reading, const ReadOptions& options, bool colour) {
-  std::string text = verdict(reading, colour);
+  std::string text = verdict(reading, options, colour);
   if (reading.response) text += answers(*reading.response, options);
   return text;
 }

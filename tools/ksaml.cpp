@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
   readCommand->add_flag("--json", read.json, "One JSON object a line for each file");
   readCommand->add_option("FILE", read.files, "Messages; - is standard input")->required();
 
-  const ksaml::RequestCommand request(app);
+  ksaml::RequestCommand request(app);
 
   try {
     app.parse(argc, argv);

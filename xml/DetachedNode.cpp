@@ -1,13 +1,56 @@
 #include "kestrelink/xml/DetachedNode.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdio>
 #include <iterator>
 #include <memory>
 
 #include <libxml/tree.h>
 
+#include "kestrelink/platform/DiagnosticLog.h"
+#include "kestrelink/xml/XmlCharacters.h"
+
 namespace kestrelink {
+namespace {
+
+constexpr const char* kReplacedCharacters = "What XML forbids in a text was written as U+FFFD";
+
+}  // namespace
+
+DetachedNode::~DetachedNode() {
+  for (const auto& [what, count] : notes_) {
+    std::array<char, 128> line{};
+    std::snprintf(line.data(), line.size(), "%s (%d times)", what, count);
+    logDiagnostic(line.data());
+  }
+}
+
+DetachedNode DetachedNode::refused(const char* reason) {
+  DetachedNode absent;
+  absent.note(reason, 1);
+  return absent;
+}
+
+void DetachedNode::note(const char* what, int count) {
+  const auto known = std::find_if(notes_.begin(), notes_.end(),
+                                  [what](const auto& entry) { return entry.first == what; });
+  if (known != notes_.end()) {
+    known->second += count;
+  } else {
+    notes_.emplace_back(what, count);
+  }
+}
+
+std::string DetachedNode::writable(const std::string& text) {
+  std::string written = writableText(text);
+  if (written != text) note(kReplacedCharacters, 1);
+  return written;
+}
 
 bool DetachedNode::addChild(DetachedNode child) {
+  for (const auto& [what, count] : child.notes_) note(what, count);
+  child.notes_.clear();
   if (!child) return true;
   attributeNamespaces_.insert(attributeNamespaces_.end(),
                               std::make_move_iterator(child.attributeNamespaces_.begin()),

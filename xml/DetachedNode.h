@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -8,16 +9,27 @@
 namespace kestrelink {
 
 /// A new element node with its subtree, in no document, or absent. It keeps the namespace records
-/// that only its attributes refer to, which libxml2 would not free.
+/// that only its attributes refer to, which libxml2 would not free, and notes on what could not be
+/// written as it was set: when the outermost node goes they are logged, each once, with its count.
 class DetachedNode {
  public:
   DetachedNode() = default;
+  DetachedNode(DetachedNode&&) = default;
+  DetachedNode& operator=(DetachedNode&&) = default;
+  ~DetachedNode();
   explicit DetachedNode(XmlNodeOwner node) : node_(std::move(node)) {}
 
   explicit operator bool() const { return node_ != nullptr; }
   _xmlNode* get() const { return node_.get(); }
 
-  /// Makes the child, if it is present, the last child; false when libxml2 refuses.
+  /// An absent node, and why.
+  static DetachedNode refused(const char* reason);
+
+  /// The text as it can be written in this node.
+  std::string writable(const std::string& text);
+
+  /// Takes over what the child kept and noted, and makes the child, if it is present, the last
+  /// child; false when libxml2 refuses.
   bool addChild(DetachedNode child);
 
   /// Keeps the record for as long as the node.
@@ -30,6 +42,9 @@ class DetachedNode {
   static SharedXmlDoc intoDocument(DetachedNode root, XmlDocOwner doc);
 
  private:
+  void note(const char* what, int count);
+
+  std::vector<std::pair<const char*, int>> notes_;
   // In this order: the node goes first, then what its attributes refer to.
   std::vector<XmlNsOwner> attributeNamespaces_;
   XmlNodeOwner node_;

@@ -42,8 +42,9 @@ struct ErrorInfo {
   bool operator==(const ErrorInfo&) const = default;
 };
 
-/// Where an operation puts its error; null when the caller does not want it. Written on failure
-/// only, unless an operation says otherwise.
+/// Where an operation puts its error; null when the caller does not want it. Look at the result
+/// first: an operation of several steps may succeed and leave the error of a step that did not
+/// matter.
 using ErrorOut = std::optional<ErrorInfo>*;
 
 inline constexpr std::string_view kXMLWrapperErrorDomain = "XMLWrapperErrorDomain";

@@ -3,12 +3,14 @@
 #include <libxml/tree.h>
 
 #include "kestrelink/xml/LibxmlHandles.h"
+#include "kestrelink/xml/LibxmlSetup.h"
 #include "kestrelink/xml/LibxmlText.h"
 #include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {
 
 std::optional<std::string> dumpedXml(xmlNode* node, ErrorOut error) {
+  ensureLibxmlParser();
   const XmlBufferOwner buffer(xmlBufferCreate());
   if (!buffer) {
     storeError(error, kXMLWrapperErrorDomain, 101);

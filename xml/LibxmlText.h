@@ -7,14 +7,17 @@
 
 #include <libxml/xmlstring.h>
 
+#include "kestrelink/platform/Text.h"
+
 namespace kestrelink {
 
 inline std::string_view viewOf(const xmlChar* text) {
   return text == nullptr ? std::string_view() : reinterpret_cast<const char*>(text);
 }
 
+/// Absent also for bytes that are not UTF-8, which libxml2 lets into a tree in recovery mode.
 inline std::optional<std::string> textOf(const xmlChar* text) {
-  if (text == nullptr) return std::nullopt;
+  if (text == nullptr || !isUtf8(viewOf(text))) return std::nullopt;
   return std::string(viewOf(text));
 }
 

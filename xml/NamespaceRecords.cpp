@@ -1,6 +1,7 @@
 #include "kestrelink/xml/NamespaceRecords.h"
 
 #include <algorithm>
+#include <map>
 #include <string_view>
 
 #include <libxml/tree.h>
@@ -51,7 +52,7 @@ void NamespaceRecords::registerWith(XMLWrapperQuery& query) const {
     std::uint64_t recordedAt;
     const XMLWrapperNamespace* ns;
   };
-  std::unordered_map<std::string_view, Binding> bindings;
+  std::map<std::string_view, Binding> bindings;
   for (const auto& list : lists_) {
     std::uint64_t recordedAt = 0;
     for (std::size_t length = list->entries->size(); length > 0; --length) {

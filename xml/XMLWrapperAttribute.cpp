@@ -28,7 +28,7 @@ bool XMLWrapperAttribute::xmlAttrNodeForNode(DetachedNode& node, ErrorOut error)
     record = standingAlone.get();
     if (standingAlone) node.keep(std::move(standingAlone));
   }
-  const auto value = value_ ? std::optional(writableText(*value_)) : std::nullopt;
+  const auto value = value_ ? std::optional(node.writable(*value_)) : std::nullopt;
   const xmlAttr* made = nullptr;
   if (isXmlName(name_)) {
     made = ns_ ? xmlNewNsProp(node.get(), record, xmlTextOf(name_), xmlTextOf(value))

@@ -59,7 +59,8 @@ class KESTRELINK_EXPORT XMLWrapperDoc {
   /// cannot be written.
   SharedXmlDoc docNode(ErrorOut error = nullptr) const;
   /// The element tree as indented XML text, without an XML declaration; absent with code 101 when
-  /// the tree cannot be written.
+  /// the tree cannot be written. Codes 204 and 205 may stay when an attribute or a namespace could
+  /// not be, though the rest was.
   std::optional<std::string> xmlString(ErrorOut error = nullptr) const;
 
   /// Makes a prefix known to XPath; nothing happens in a document built around an element.

@@ -1,6 +1,7 @@
 #include "kestrelink/xml/XMLWrapperElement.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include <libxml/tree.h>
 
@@ -8,6 +9,7 @@
 #include "kestrelink/platform/Text.h"
 #include "kestrelink/xml/DetachedNode.h"
 #include "kestrelink/xml/LibxmlDump.h"
+#include "kestrelink/xml/LibxmlSetup.h"
 #include "kestrelink/xml/LibxmlText.h"
 #include "kestrelink/xml/XMLTreeReading.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
@@ -47,7 +49,7 @@ void XMLWrapperElement::readNode(::xmlNode* node, XMLTreeReading& reading) {
   node_ = node;
   tree_ = reading.tree;
   query_ = reading.query;
-  if (node->name != nullptr) tagName_ = viewOf(node->name);
+  tagName_ = textOf(node->name);
 
   const bool isElement = node->type == XML_ELEMENT_NODE;
   const bool isAttribute = node->type == XML_ATTRIBUTE_NODE;
@@ -57,16 +59,35 @@ void XMLWrapperElement::readNode(::xmlNode* node, XMLTreeReading& reading) {
 }
 
 void XMLWrapperElement::readAttributes(const ::xmlNode* node, XMLTreeReading& reading) {
+  // Two attributes may share a local name in different namespaces; look-ups go by the local name.
+  constexpr std::size_t kFew = 16;
+  std::unordered_map<std::string, std::size_t> places;
   for (const xmlAttr* record = node->properties; record != nullptr; record = record->next) {
-    storeAttribute(
-        XMLWrapperAttribute::initWithNode(record, reading.namespaces.namespaceOf(record->ns)));
+    const std::string_view name = viewOf(record->name);
+    if (!isUtf8(name)) continue;
+    auto attribute =
+        XMLWrapperAttribute::initWithNode(record, reading.namespaces.namespaceOf(record->ns));
+    if (attributes_.size() < kFew) {
+      storeAttribute(std::move(attribute));
+      continue;
+    }
+    if (places.empty()) {
+      for (const auto& [earlier, stored] : attributes_) places.emplace(earlier, places.size());
+    }
+    const auto [place, added] = places.try_emplace(std::string(name), attributes_.size());
+    if (added) {
+      attributes_.emplace_back(std::string(name), std::move(attribute));
+    } else {
+      attributes_[place->second].second = std::move(attribute);
+    }
   }
 }
 
 void XMLWrapperElement::readChildren(const ::xmlNode* node, XMLTreeReading& reading) {
   for (::xmlNode* child = node->children; child != nullptr; child = child->next) {
     if (child->type == XML_TEXT_NODE) {
-      appendText(trimmed(viewOf(child->content)));
+      const std::string_view content = viewOf(child->content);
+      if (isUtf8(content)) appendText(trimmed(content));
     } else if (child->type == XML_ELEMENT_NODE) {
       elements_.push_back(
           reading.read(XMLWrapperElementFactory::sharedInstance().classForXMLNode(child), child));
@@ -89,6 +110,7 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithTagName(std::strin
 }
 
 void XMLWrapperElement::startWithTagName(std::string_view tagName) {
+  ensureLibxmlParser();
   tagName_ = tagName;
   ownedNode_.reset(xmlNewNode(nullptr, xmlTextOf(*tagName_)));
   node_ = ownedNode_.get();
@@ -251,8 +273,7 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstResultByXpathQuery(
 
 DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
   if (!tagName_ || !isXmlName(*tagName_)) {
-    logDiagnostic("An element whose tag name is no XML name cannot be written");
-    return {};
+    return DetachedNode::refused("An element whose tag name is no XML name cannot be written");
   }
   DetachedNode node(XmlNodeOwner(xmlNewNode(nullptr, xmlTextOf(*tagName_))));
   if (!node) return {};
@@ -264,7 +285,7 @@ DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
   }
   if (node.get()->nsDef != nullptr) xmlSetNs(node.get(), node.get()->nsDef);
   if (textContent_) {
-    xmlAddChild(node.get(), xmlNewText(xmlTextOf(writableText(*textContent_))));
+    xmlAddChild(node.get(), xmlNewText(xmlTextOf(node.writable(*textContent_))));
   }
   for (const auto& child : elements_) node.addChild(child->xmlNode(error));
   return node;

@@ -54,7 +54,8 @@ class KESTRELINK_TYPE XMLWrapperElement {
   XMLWrapperElement(const XMLWrapperElement&) = delete;
   XMLWrapperElement& operator=(const XMLWrapperElement&) = delete;
 
-  /// The local name, without prefix; absent only for a document node found by XPath.
+  /// The local name, without prefix (a prefix that nobody declared stays part of it); absent for a
+  /// document node found by XPath and for a name that is not UTF-8.
   virtual const std::optional<std::string>& tagName() const;
   virtual void setTagName(std::optional<std::string> tagName);
 
@@ -73,7 +74,8 @@ class KESTRELINK_TYPE XMLWrapperElement {
 
   /// The namespace the element is in, followed by those declared after it in the same place.
   virtual const NamespaceMap& namespaces() const;
-  /// Stores the namespace under its prefix and makes the prefix known to XPath. Null is ignored.
+  /// Stores the namespace under its prefix and, for an element that was parsed, makes the prefix
+  /// known to XPath. Null is ignored.
   virtual void setNamespace(const std::shared_ptr<const XMLWrapperNamespace>& ns);
 
   virtual const List& elements() const;
@@ -118,7 +120,8 @@ class KESTRELINK_TYPE XMLWrapperElement {
   /// as U+FFFD; an attribute (code 204) or namespace (code 205) whose name is no XML name is not
   /// written.
   virtual DetachedNode xmlNode(ErrorOut error = nullptr);
-  /// The element as indented XML text; absent, with code 101 of "XMLWrapperErrorDomain" when no
+  /// The element as indented XML text. Codes 204 and 205 as above may stay though it is written;
+  /// absent, with code 101 of "XMLWrapperErrorDomain" when no
   /// buffer could be made.
   virtual std::optional<std::string> xmlString(ErrorOut error = nullptr);
 

@@ -2,15 +2,18 @@
 
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
 
+#include "kestrelink/platform/Immortal.h"
 #include "kestrelink/xml/LibxmlErrorRoute.h"
 #include "kestrelink/xml/LibxmlSetup.h"
 #include "kestrelink/xml/LibxmlText.h"
 #include "kestrelink/xml/StoreError.h"
+#include "kestrelink/xml/XMLTreeReading.h"
 #include "kestrelink/xml/XMLWrapperElement.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 #include "kestrelink/xml/XMLWrapperNamespace.h"
@@ -19,16 +22,21 @@ namespace kestrelink {
 namespace {
 
 struct NamespaceTable {
-  using Bindings = std::map<std::string, std::optional<std::string>>;
+  using Bindings = std::map<std::string, std::optional<std::string>, std::less<>>;
 
   void store(const std::string& prefix, const std::optional<std::string>& href) {
     const std::lock_guard guard(lock);
     bindings.insert_or_assign(prefix, href);
   }
 
-  Bindings copy() {
+  // A copy of those bindings that are asked for: the table may hold every prefix ever read.
+  Bindings copyOf(const std::set<std::string_view>& prefixes) {
     const std::lock_guard guard(lock);
-    return bindings;
+    Bindings copy;
+    for (const std::string_view prefix : prefixes) {
+      if (const auto found = bindings.find(prefix); found != bindings.end()) copy.insert(*found);
+    }
+    return copy;
   }
 
   std::mutex lock;
@@ -36,8 +44,21 @@ struct NamespaceTable {
 };
 
 NamespaceTable& namespaceTable() {
-  static NamespaceTable table;
+  static auto& table = immortal<NamespaceTable>();
   return table;
+}
+
+// Whatever stands before a colon in the expression; more than its prefixes does no harm.
+std::set<std::string_view> possiblePrefixes(std::string_view xpath) {
+  constexpr std::string_view kDelimiters = " \t\r\n()[]@,|+=!<>*/$'\":";
+  std::set<std::string_view> prefixes;
+  for (std::size_t colon = xpath.find(':'); colon != std::string_view::npos;
+       colon = xpath.find(':', colon + 1)) {
+    const std::string_view before = xpath.substr(0, colon);
+    const std::size_t delimiter = before.find_last_of(kDelimiters);
+    prefixes.insert(before.substr(delimiter == std::string_view::npos ? 0 : delimiter + 1));
+  }
+  return prefixes;
 }
 
 }  // namespace
@@ -47,9 +68,10 @@ void XMLWrapperQuery::registerNamespace(const XMLWrapperNamespace& ns) {
   if (prefix && !prefix->empty()) namespaceTable().store(*prefix, ns.href());
 }
 
-bool XMLWrapperQuery::registerXpathNamespacesForCtx(xmlXPathContext* context) const {
+bool XMLWrapperQuery::registerXpathNamespacesForCtx(xmlXPathContext* context,
+                                                    std::string_view xpath) const {
   bool allRegistered = true;
-  for (const auto& [prefix, href] : namespaceTable().copy()) {
+  for (const auto& [prefix, href] : namespaceTable().copyOf(possiblePrefixes(xpath))) {
     if (xmlXPathRegisterNs(context, xmlTextOf(prefix), xmlTextOf(href)) != 0) allRegistered = false;
   }
   return allRegistered;
@@ -68,7 +90,7 @@ std::optional<XMLWrapperQuery::Results> XMLWrapperQuery::executeXpathQuery(
   if (context.node != nullptr && xmlXPathSetContextNode(context.node, evaluation.get()) != 0) {
     return failed(201);
   }
-  if (!registerXpathNamespacesForCtx(evaluation.get())) return failed(201);
+  if (!registerXpathNamespacesForCtx(evaluation.get(), xpath)) return failed(201);
 
   const std::string expression(xpath);
   const bool cutOff = expression.find('\0') != std::string::npos;
@@ -79,13 +101,14 @@ std::optional<XMLWrapperQuery::Results> XMLWrapperQuery::executeXpathQuery(
   if (nodes == nullptr) return failed(301);
 
   Results elements;
+  XMLTreeReading reading{context.doc, shared_from_this(), {}};
   for (int index = 0; index < nodes->nodeNr; ++index) {
     xmlNode* const node = nodes->nodeTab[index];
     if (node->type == XML_NAMESPACE_DECL) continue;
-    const auto& elementClass = XMLWrapperElementFactory::sharedInstance().classForXMLNode(node);
     elements.push_back(
-        XMLWrapperElement::initWithNode(elementClass, {context.doc, node}, shared_from_this()));
+        reading.read(XMLWrapperElementFactory::sharedInstance().classForXMLNode(node), node));
   }
+  reading.namespaces.registerWith(*this);
   return elements;
 }
 

@@ -14,8 +14,8 @@ class XMLWrapperElement;
 class XMLWrapperNamespace;
 
 /// Runs XPath 1.0 expressions and turns the nodes they select into elements. The prefixes that
-/// expressions may use are one table for the whole process: every namespace any element or
-/// document was given, the latest binding of a prefix in force.
+/// expressions may use are one table for the whole process: every namespace that a
+/// parsed element or document was given, the latest binding of a prefix in force.
 ///
 /// Threads: the table is guarded by a lock; an evaluation touches only its own document.
 class XMLWrapperQuery : public std::enable_shared_from_this<XMLWrapperQuery> {
@@ -26,8 +26,9 @@ class XMLWrapperQuery : public std::enable_shared_from_this<XMLWrapperQuery> {
   /// name it.
   void registerNamespace(const XMLWrapperNamespace& ns);
 
-  /// Makes every prefix of the table known to the context; false when one was refused.
-  bool registerXpathNamespacesForCtx(_xmlXPathContext* context) const;
+  /// Makes the table's prefixes known to the context, as far as the expression names them; false
+  /// when one was refused.
+  bool registerXpathNamespacesForCtx(_xmlXPathContext* context, std::string_view xpath) const;
 
   /// Evaluates the expression over the document with the node as context, or without a context
   /// when the node is null. Absent with code 201 (not prepared), 300 (not evaluated) or 301 (no

@@ -3,12 +3,9 @@
 #include <algorithm>
 #include <iterator>
 
-#include <libxml/tree.h>
 #include <utf8.h>
 
-#include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/platform/Text.h"
-#include "kestrelink/xml/LibxmlText.h"
 
 namespace kestrelink {
 namespace {
@@ -19,6 +16,38 @@ constexpr char32_t kReplacement = U'\uFFFD';
 bool isXmlCharacter(char32_t character) {
   if (character < U' ') return character == U'\t' || character == U'\n' || character == U'\r';
   return character != U'\uFFFE' && character != U'\uFFFF';
+}
+
+struct Range {
+  char32_t first, last;
+};
+
+// XML 1.0, fifth edition, production 4 (NameStartChar) without the colon, and what production 4a
+// (NameChar) adds. libxml2's own check of names is older and refuses what its parser reads.
+constexpr Range kNameStart[] = {
+    {U'A', U'Z'},     {U'_', U'_'},     {U'a', U'z'},     {0xC0, 0xD6},     {0xD8, 0xF6},
+    {0xF8, 0x2FF},    {0x370, 0x37D},   {0x37F, 0x1FFF},  {0x200C, 0x200D}, {0x2070, 0x218F},
+    {0x2C00, 0x2FEF}, {0x3001, 0xD7FF}, {0xF900, 0xFDCF}, {0xFDF0, 0xFFFD}, {0x10000, 0xEFFFF}};
+constexpr Range kNameMore[] = {
+    {U'-', U'.'}, {U'0', U'9'}, {0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040}};
+
+template <std::size_t Count>
+bool isIn(const Range (&ranges)[Count], char32_t character) {
+  return std::any_of(std::begin(ranges), std::end(ranges), [character](const Range& range) {
+    return character >= range.first && character <= range.last;
+  });
+}
+
+bool isName(std::string_view name, bool colonAllowed) {
+  if (name.empty() || !isUtf8(name)) return false;
+  for (auto position = name.begin(); position != name.end();) {
+    const bool atStart = position == name.begin();
+    const char32_t character = utf8::unchecked::next(position);
+    const bool fits = isIn(kNameStart, character) || (colonAllowed && character == U':') ||
+                      (!atStart && isIn(kNameMore, character));
+    if (!fits) return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -36,16 +65,11 @@ std::string writableText(std::string_view text) {
     utf8::unchecked::append(isXmlCharacter(character) ? character : kReplacement,
                             std::back_inserter(writable));
   }
-  if (writable != text) logDiagnostic("What XML forbids in a text was written as U+FFFD");
   return writable;
 }
 
-bool isXmlName(const std::string& name) {
-  return name.find('\0') == std::string::npos && xmlValidateName(xmlTextOf(name), 0) == 0;
-}
+bool isXmlName(std::string_view name) { return isName(name, true); }
 
-bool isXmlNCName(const std::string& name) {
-  return name.find('\0') == std::string::npos && xmlValidateNCName(xmlTextOf(name), 0) == 0;
-}
+bool isXmlNCName(std::string_view name) { return isName(name, false); }
 
 }  // namespace kestrelink

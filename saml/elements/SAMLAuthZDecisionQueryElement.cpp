@@ -61,7 +61,7 @@ XMLWrapperElement::List SAMLAuthZDecisionQueryElement::actions() const {
 void SAMLAuthZDecisionQueryElement::addAction(std::string_view action) {
   const auto element = XMLWrapperElement::initWithTagName(kActionElementName);
   element->setTextContent(std::string(action));
-  addChildElement(element, evidence());
+  addChildElement(element, firstElementByTagName(kEvidenceElementName));
 }
 std::shared_ptr<SAMLEvidence> SAMLAuthZDecisionQueryElement::evidence() const {
   return child<SAMLEvidence>(kEvidenceElementName);

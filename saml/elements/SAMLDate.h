@@ -37,10 +37,10 @@ class SAMLDate {
   friend constexpr auto operator<=>(SAMLDate left, SAMLDate right) = default;
   friend constexpr std::strong_ordering operator<=>(SAMLDate left, time_point right) {
     const SAMLDate second(right);
-    const bool earlier = left.instant_ < second.instant_;
     if (left.instant_ > second.instant_) return std::strong_ordering::greater;
-    return !earlier && right == second.instant_ ? std::strong_ordering::equal
-                                                : std::strong_ordering::less;
+    if (left.instant_ < second.instant_) return std::strong_ordering::less;
+    const bool whole = right.time_since_epoch() % std::chrono::seconds(1) == time_point::duration();
+    return whole ? std::strong_ordering::equal : std::strong_ordering::less;
   }
   friend constexpr bool operator==(SAMLDate left, time_point right) {
     return (left <=> right) == std::strong_ordering::equal;

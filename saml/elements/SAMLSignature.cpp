@@ -1,7 +1,6 @@
 #include "kestrelink/saml/elements/SAMLSignature.h"
 
 #include "kestrelink/platform/Decimal.h"
-#include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/saml/elements/ElementReading.h"
 #include "kestrelink/saml/elements/SAMLKeyInfo.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
@@ -67,8 +66,7 @@ DetachedNode SAMLSignedInfo::xmlNode(ErrorOut error) {
   List ordered = {firstElementByTagName(kCanonicalizationMethodElementName),
                   firstElementByTagName(kSignatureMethodElementName)};
   if (!ordered[0] || !ordered[1]) {
-    logDiagnostic("Signed information without its methods cannot be written");
-    return {};
+    return DetachedNode::refused("Signed information without its methods cannot be written");
   }
   for (auto& reference : getElementsByTagName(kReferenceElementName)) {
     ordered.push_back(std::move(reference));

@@ -1,6 +1,5 @@
 #include "kestrelink/saml/elements/SAMLSubject.h"
 
-#include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/saml/elements/SAMLDateText.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
@@ -70,8 +69,8 @@ DetachedNode SAMLSubjectConfirmation::xmlNode(ErrorOut error) {
   if (auto identifier = firstElementByTagName(kNameIdElementName)) ordered.push_back(identifier);
   const auto data = firstElementByTagName(kSubjectConfirmationDataElementName);
   if (!data) {
-    logDiagnostic("A subject confirmation without confirmation data cannot be written");
-    return {};
+    return DetachedNode::refused(
+        "A subject confirmation without confirmation data cannot be written");
   }
   ordered.push_back(data);
   setElements(std::move(ordered));

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "kestrelink/saml/elements/SAMLElementClasses.h"
 #include "kestrelink/saml/messages/RequestRoot.h"
 #include "kestrelink/saml/messages/SubjectFromResponse.h"
 
@@ -13,6 +14,7 @@ SAMLAuthNRequest::~SAMLAuthNRequest() = default;
 std::shared_ptr<SAMLAuthNRequest> SAMLAuthNRequest::initWithData(SharedBytes data,
                                                                  SharedBytes schema,
                                                                  ErrorOut error) {
+  registerSAMLElementClasses();
   auto request = std::make_shared<SAMLAuthNRequest>(Making());
   if (!request->startWithData(std::move(data), schema, error)) return nullptr;
   request->requestElement_ = requestRoot<SAMLAuthNRequestElement>(*request, error);

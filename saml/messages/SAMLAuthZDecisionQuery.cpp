@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "kestrelink/platform/UrlText.h"
+#include "kestrelink/saml/elements/SAMLElementClasses.h"
 #include "kestrelink/saml/messages/RequestRoot.h"
 #include "kestrelink/saml/messages/SubjectFromResponse.h"
 
@@ -14,6 +15,7 @@ SAMLAuthZDecisionQuery::~SAMLAuthZDecisionQuery() = default;
 std::shared_ptr<SAMLAuthZDecisionQuery> SAMLAuthZDecisionQuery::initWithData(SharedBytes data,
                                                                              SharedBytes schema,
                                                                              ErrorOut error) {
+  registerSAMLElementClasses();
   auto request = std::make_shared<SAMLAuthZDecisionQuery>(Making());
   if (!request->startWithData(std::move(data), std::move(schema), error)) return nullptr;
   request->requestElement_ = requestRoot<SAMLAuthZDecisionQueryElement>(*request, error);

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "kestrelink/saml/elements/SAMLElementClasses.h"
 #include "kestrelink/saml/messages/RequestRoot.h"
 
 namespace kestrelink {
@@ -12,6 +13,7 @@ SAMLLogoutRequest::~SAMLLogoutRequest() = default;
 std::shared_ptr<SAMLLogoutRequest> SAMLLogoutRequest::initWithData(SharedBytes data,
                                                                    SharedBytes schema,
                                                                    ErrorOut error) {
+  registerSAMLElementClasses();
   auto request = std::make_shared<SAMLLogoutRequest>(Making());
   if (!request->startWithData(std::move(data), std::move(schema), error)) return nullptr;
   request->requestElement_ = requestRoot<SAMLLogoutRequestElement>(*request, error);

@@ -5,6 +5,7 @@
 
 #include "kestrelink/platform/UrlText.h"
 #include "kestrelink/saml/elements/ElementReading.h"
+#include "kestrelink/saml/elements/SAMLElementClasses.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/xml/StoreError.h"
@@ -16,6 +17,7 @@ SAMLResponse::~SAMLResponse() = default;
 
 std::shared_ptr<SAMLResponse> SAMLResponse::initWithData(SharedBytes data, SharedBytes schema,
                                                          ErrorOut error) {
+  registerSAMLElementClasses();
   auto response = std::make_shared<SAMLResponse>(Making());
   if (!response->startWithData(std::move(data), std::move(schema), error)) return nullptr;
   response->responseElement_ =

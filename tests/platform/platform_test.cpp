@@ -140,6 +140,7 @@ TEST(SAMLDate, DropsFractionsAndComparesWithTimePointsExactly) {
   EXPECT_EQ(system_clock::time_point(never), system_clock::time_point::max());
   const SAMLDate long_ago = *SAMLDateFromString("0001-01-01T00:00:00Z");
   EXPECT_LT(long_ago, system_clock::time_point::min());
+  EXPECT_LT(SAMLDate(system_clock::time_point::min()), system_clock::time_point::min());
   EXPECT_EQ(system_clock::time_point(long_ago), system_clock::time_point::min());
 }
 

@@ -55,6 +55,12 @@ TEST(Response, VerdictsAndTheErrorSlot) {
   }
 }
 
+// Without the controller, in a process of its own.
+TEST(Response, NeedsNoController) {
+  const auto response = SAMLResponse::initWithData(bytes("<Response/>"), nullptr);
+  EXPECT_TRUE(response->responseElement());
+}
+
 TEST(Response, RootsThatAreNone) {
   std::optional<ErrorInfo> error;
   const auto other = read("<Assertion><Issuer>i</Issuer></Assertion>", &error);

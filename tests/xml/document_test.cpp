@@ -97,6 +97,11 @@ TEST(Document, ThousandsOfNamespacesCostNoElementAnything) {
   const auto element = root(xml + "</r>");
   EXPECT_EQ(element->elements().front()->namespaces().size(), 3000u);
   EXPECT_EQ(element->elements().back()->namespaces().size(), 1u);
+  // Nor the elements that a query finds.
+  const auto doc = read(xml + "</r>");
+  const auto found = doc->getResultsByXpathQuery("*");
+  ASSERT_EQ(found->size(), 3000u);
+  EXPECT_EQ(&found->front()->namespaces().at(2999), &found->back()->namespaces().at(0));
 }
 
 }  // namespace

@@ -35,6 +35,8 @@ TEST(ElementReading, Text) {
       {"<!DOCTYPE r [<!ENTITY e 'cut'>]><r>a&e;b</r>", "ab"},
       {"<r>a&amp;b&#x41;</r>", "a&bA"},
       {"<r><c>deep</c></r>", std::nullopt},
+      {"<r>\xE9</r>", std::nullopt},  // libxml2 recovers it as it is, but it is no text
+      {"<r>a<c/>\xE9<c/>b</r>", "ab"},
   };
   for (const auto& [xml, expected] : rows) EXPECT_EQ(root(xml)->textContent(), expected) << xml;
 }
@@ -64,6 +66,14 @@ TEST(ElementReading, AttributesAreKeyedByLocalName) {
   EXPECT_EQ(attribute->ns()->href(), "urn:p");
   EXPECT_EQ(element->attributeWithName("b")->ns(), nullptr);
   EXPECT_EQ(element->attributeWithName("p:a"), nullptr);
+
+  std::string many = "<r xmlns:p='urn:p'";
+  for (int n = 0; n < 40; ++n) many += " a" + std::to_string(n) + "='1'";
+  const auto wide = root(many + " p:a3='2' p:a30='3' p:a30x='4' \xE9='5'/>");
+  EXPECT_EQ(wide->attributes().size(), 41u);
+  EXPECT_EQ(wide->attributes()[3].second->value(), "2");
+  EXPECT_EQ(wide->attributes()[30].second->value(), "3");
+  EXPECT_EQ(root("<r a='\xE9'/>")->attributeWithName("a")->value(), std::nullopt);
 
   const auto typed = root("<!DOCTYPE r [<!ATTLIST r i ID #IMPLIED>]><r i='x' j='y'/>");
   EXPECT_EQ(typed->attributeWithName("i")->type(), 2);

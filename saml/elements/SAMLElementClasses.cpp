@@ -1,5 +1,6 @@
-#include "kestrelink/saml/SAMLElementClasses.h"
+#include "kestrelink/saml/elements/SAMLElementClasses.h"
 
+#include <mutex>
 #include <string_view>
 
 #include "kestrelink/saml/elements/SAMLAssertion.h"
@@ -59,9 +60,12 @@ constexpr Registration kRegistrations[] = {
 }  // namespace
 
 void registerSAMLElementClasses() {
-  for (const auto& [tagName, elementClass] : kRegistrations) {
-    XMLWrapperElementFactory::registerClass(elementClass, tagName);
-  }
+  static std::once_flag once;
+  std::call_once(once, [] {
+    for (const auto& [tagName, elementClass] : kRegistrations) {
+      XMLWrapperElementFactory::registerClass(elementClass, tagName);
+    }
+  });
 }
 
 }  // namespace kestrelink

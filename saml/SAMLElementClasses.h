@@ -1,8 +1,0 @@
-#pragma once
-
-namespace kestrelink {
-
-/// Registers the SAML element classes with the element factory.
-void registerSAMLElementClasses();
-
-}  // namespace kestrelink
