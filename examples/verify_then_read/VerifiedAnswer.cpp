@@ -164,10 +164,12 @@ void requirePlainSignature(xmlNode* signature) {
 
 // Once for the process and for good. A program that starts the library elsewhere leaves this out.
 void startXmlsec() {
-  static const bool started =
-      xmlSecInit() == 0 && xmlSecCryptoAppInit(nullptr) == 0 && xmlSecCryptoInit() == 0;
+  static const bool started = [] {
+    xmlInitParser();
+    xmlSecErrorsDefaultCallbackEnableOutput(0);
+    return xmlSecInit() == 0 && xmlSecCryptoAppInit(nullptr) == 0 && xmlSecCryptoInit() == 0;
+  }();
   require(started, "the signature library does not start");
-  xmlSecErrorsDefaultCallbackEnableOutput(0);
 }
 
 // The very bytes whose digest was signed: whatever the signature library looked at, nothing but

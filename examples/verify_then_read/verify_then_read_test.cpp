@@ -77,9 +77,6 @@ std::string cut(const std::string& text, std::string_view begin, std::string_vie
 std::string signatureOf(const std::string& text) {
   return cut(text, "<ds:Signature ", "</ds:Signature>");
 }
-std::string assertionOf(const std::string& text) {
-  return cut(text, "<saml:Assertion", "</saml:Assertion>");
-}
 
 const std::string kExclusive = "http://www.w3.org/2001/10/xml-exc-c14n#";
 const std::string kSha256 = "http://www.w3.org/2001/04/xmlenc#sha256";
@@ -88,56 +85,57 @@ const std::string kEnveloped =
     "<ds:Transform Algorithm='http://www.w3.org/2000/09/xmldsig#enveloped-signature'/>";
 const std::string kCanonical = "<ds:Transform Algorithm='" + kExclusive + "'/>";
 
-// A signature still to be made.
-std::string blank(const std::string& uri) {
-  return "<ds:Signature xmlns:ds='http://www.w3.org/2000/09/xmldsig#'><ds:SignedInfo>"
-         "<ds:CanonicalizationMethod Algorithm='" +
-         kExclusive +
-         "'/>"
-         "<ds:SignatureMethod Algorithm='" +
-         kRsaSha256 +
-         "'/>"
-         "<ds:Reference URI='" +
-         uri + "'><ds:Transforms>" + kEnveloped + kCanonical +
-         "</ds:Transforms><ds:DigestMethod Algorithm='" + kSha256 +
-         "'/><ds:DigestValue/>"
-         "</ds:Reference></ds:SignedInfo><ds:SignatureValue/></ds:Signature>";
+using Parts = std::initializer_list<std::pair<const char*, std::string>>;
+
+std::string filled(std::string text, Parts parts) {
+  for (const auto& [name, part] : parts) text = replaced(text, name, part);
+  return text;
 }
 
+// A signature still to be made.
+std::string blank(const std::string& uri) {
+  return filled(R"(<ds:Signature xmlns:ds='http://www.w3.org/2000/09/xmldsig#'><ds:SignedInfo>
+<ds:CanonicalizationMethod Algorithm='@c14n'/><ds:SignatureMethod Algorithm='@method'/>
+<ds:Reference URI='@uri'><ds:Transforms>@transforms</ds:Transforms><ds:DigestMethod
+Algorithm='@digest'/><ds:DigestValue/></ds:Reference></ds:SignedInfo><ds:SignatureValue/>
+</ds:Signature>)",
+                {{"@c14n", kExclusive},
+                 {"@method", kRsaSha256},
+                 {"@uri", uri},
+                 {"@transforms", kEnveloped + kCanonical},
+                 {"@digest", kSha256}});
+}
+
+// The prefix "xs" is one that canonical form does not see.
 std::string assertion(const std::string& id, const std::string& user,
                       const std::string& signature = "", const std::string& advice = "") {
-  return "<saml:Assertion ID='" + id +
-         "' Version='2.0' IssueInstant='2026-01-15T20:15:02Z'>"
-         "<saml:Issuer>https://idp.example</saml:Issuer>" +
-         signature + "<saml:Subject><saml:NameID>" + user +
-         "</saml:NameID></saml:Subject>"
-         "<saml:Conditions NotOnOrAfter='2096-01-15T20:20:02Z'><saml:AudienceRestriction>"
-         "<saml:Audience>https://tv.example</saml:Audience></saml:AudienceRestriction>"
-         "</saml:Conditions>" +
-         advice +
-         "<saml:AuthnStatement AuthnInstant='2026-01-15T20:15:01Z' "
-         "SessionNotOnOrAfter='2096-01-15T20:20:02Z'><saml:AuthnContext><saml:AuthnContextClassRef>"
-         "urn:oasis:names:tc:SAML:2.0:ac:classes:Password</saml:AuthnContextClassRef>"
-         "</saml:AuthnContext></saml:AuthnStatement><saml:AttributeStatement>"
-         "<saml:Attribute Name='Language'><saml:AttributeValue xsi:type='xs:string'>sv"
-         "</saml:AttributeValue></saml:Attribute></saml:AttributeStatement></saml:Assertion>";
+  return filled(R"(<saml:Assertion ID='@id' Version='2.0' IssueInstant='2026-01-15T20:15:02Z'>
+<saml:Issuer>https://idp.example</saml:Issuer>@signature
+<saml:Subject><saml:NameID>@user</saml:NameID></saml:Subject>
+<saml:Conditions NotOnOrAfter='2096-01-15T20:20:02Z'><saml:AudienceRestriction>
+<saml:Audience>https://tv.example</saml:Audience></saml:AudienceRestriction></saml:Conditions>
+@advice<saml:AuthnStatement AuthnInstant='2026-01-15T20:15:01Z'
+SessionNotOnOrAfter='2096-01-15T20:20:02Z'><saml:AuthnContext><saml:AuthnContextClassRef
+>urn:oasis:names:tc:SAML:2.0:ac:classes:Password</saml:AuthnContextClassRef></saml:AuthnContext>
+</saml:AuthnStatement><saml:AttributeStatement><saml:Attribute Name='Language'>
+<saml:AttributeValue xsi:type='xs:string'>sv</saml:AttributeValue></saml:Attribute>
+</saml:AttributeStatement></saml:Assertion>)",
+                {{"@id", id}, {"@signature", signature}, {"@user", user}, {"@advice", advice}});
 }
 
 std::string response(const std::string& content, const std::string& signature = "",
                      const std::string& id = "_r", const std::string& extensions = "") {
-  return "<samlp:Response xmlns:samlp='urn:oasis:names:tc:SAML:2.0:protocol' "
-         "xmlns:saml='urn:oasis:names:tc:SAML:2.0:assertion' "
-         "xmlns:xs='http://www.w3.org/2001/XMLSchema' "
-         "xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' "
-         "ID='" +
-         id +
-         "' Version='2.0' IssueInstant='2026-01-15T20:15:02Z'>"
-         "<saml:Issuer>https://idp.example</saml:Issuer>" +
-         signature +
-         (extensions.empty() ? "" : "<samlp:Extensions>" + extensions + "</samlp:Extensions>") +
-         "<samlp:Status><samlp:StatusCode Value='urn:oasis:names:tc:SAML:2.0:status:Success'/>"
-         "</samlp:Status>" +
-         content + "</samlp:Response>";
+  return filled(R"(<samlp:Response xmlns:samlp='urn:oasis:names:tc:SAML:2.0:protocol'
+xmlns:saml='urn:oasis:names:tc:SAML:2.0:assertion' xmlns:xs='http://www.w3.org/2001/XMLSchema'
+xmlns:xsi='http://www.w3.org/2001/XMLSchema-instance' ID='@id' Version='2.0'
+IssueInstant='2026-01-15T20:15:02Z'><saml:Issuer>https://idp.example</saml:Issuer>@signature
+<samlp:Extensions>@extensions</samlp:Extensions>
+<samlp:Status><samlp:StatusCode Value='urn:oasis:names:tc:SAML:2.0:status:Success'/></samlp:Status>
+@content</samlp:Response>)",
+                {{"@id", id},
+                 {"@signature", signature},
+                 {"@extensions", extensions.empty() ? "<tv:x xmlns:tv='urn:tv'/>" : extensions},
+                 {"@content", content}});
 }
 
 // Fills in the first signature of the text, whatever it refers to.
@@ -148,16 +146,13 @@ std::string sign(const std::string& text, const Signer& signer) {
   const xmlChar* identifiers[] = {BAD_CAST "ID", nullptr};
   xmlSecAddIDs(document.get(), root, identifiers);
   const Owned<xmlSecDSigCtx> context(xmlSecDSigCtxCreate(nullptr));
-  const auto bytes = [](const std::string& pem) {
-    return std::pair(reinterpret_cast<const xmlSecByte*>(pem.data()),
-                     static_cast<xmlSecSize>(pem.size()));
-  };
-  const auto [key, keySize] = bytes(signer.key);
-  const auto [certificate, certificateSize] = bytes(signer.certificate);
   context->signKey =
-      xmlSecCryptoAppKeyLoadMemory(key, keySize, xmlSecKeyDataFormatPem, nullptr, nullptr, nullptr);
-  xmlSecCryptoAppKeyCertLoadMemory(context->signKey, certificate, certificateSize,
-                                   xmlSecKeyDataFormatPem);
+      xmlSecCryptoAppKeyLoadMemory(reinterpret_cast<const xmlSecByte*>(signer.key.data()),
+                                   static_cast<xmlSecSize>(signer.key.size()),
+                                   xmlSecKeyDataFormatPem, nullptr, nullptr, nullptr);
+  xmlSecCryptoAppKeyCertLoadMemory(
+      context->signKey, reinterpret_cast<const xmlSecByte*>(signer.certificate.data()),
+      static_cast<xmlSecSize>(signer.certificate.size()), xmlSecKeyDataFormatPem);
   xmlNode* const signature = xmlSecFindNode(root, xmlSecNodeSignature, xmlSecDSigNs);
   EXPECT_EQ(xmlSecDSigCtxSign(context.get(), signature), 0) << text;
   xmlChar* dumped = nullptr;
@@ -186,13 +181,15 @@ std::string outcome(const std::string& text, const std::string& certificate) {
 TEST(VerifiedAnswer, KeepsWhatWasSignedAndRefusesTheRest) {
   std::string reason;
   EXPECT_FALSE(verifiedAnswer("", "", reason));  // starts xmlsec, which `sign` needs
+  ASSERT_TRUE(kestrelink::SAMLParserController::sharedInstance().schema());
   const Signer provider(EVP_RSA_gen(2048)), elliptic(EVP_EC_gen("P-256")),
       attacker(EVP_RSA_gen(2048));
 
   const std::string plain = response(assertion("_a", "mara"), blank("#_r"));
   const std::string whole = sign(plain, provider);
   const std::string part = sign(response(assertion("_a", "mara", blank("#_a"))), provider);
-  const std::string good = assertionOf(part), goodSignature = signatureOf(part);
+  const std::string good = cut(part, "<saml:Assertion", "</saml:Assertion>"),
+                    goodSignature = signatureOf(part);
   const std::string bare = replaced(good, goodSignature, "");
   const std::string evil = assertion("_e", "mallory");
   const auto altered = [&](std::string_view what, std::string_view with) {
@@ -274,7 +271,7 @@ TEST(VerifiedAnswer, KeepsWhatWasSignedAndRefusesTheRest) {
       {"other reference", altered("URI='#_r'", "URI='#_a'"), kElsewhere},
       {"empty reference", altered("URI='#_r'", "URI=''"), kElsewhere},
       {"no reference URI", replaced(whole, "URI=\"#_r\"", ""), kElsewhere},
-      {"XPointer", altered("ID='_r'", "ID='xpointer(/)'"), "refused: the signature refers"},
+      {"XPointer", altered("URI='#_r'", "URI='#xpointer(/)'"), kElsewhere},
       {"XPointer that agrees",
        sign(response(assertion("_a", "mara"), blank("#xpointer(/)"), "xpointer(/)"), provider),
        "refused: the signed element's ID is no name"},
@@ -332,6 +329,14 @@ TEST(VerifyThenRead, Program) {
   };
   write("key", provider.certificate);
   write("good", signedResponse("mara", "mara"));
+  write("named", signedResponse("'Language'", "'username'"));
+  write("two",
+        signedResponse("</saml:Assertion>",
+                       "</saml:Assertion>" + replaced(assertion("_b", "mallory"), "2096", "2026")));
+  write("narrow",
+        signedResponse("</saml:Conditions>",
+                       "<saml:AudienceRestriction><saml:Audience>"
+                       "x:y</saml:Audience></saml:AudienceRestriction></saml:Conditions>"));
   write("expired", signedResponse("2096", "2026"));
   write("denied", signedResponse("status:Success", "status:Responder"));
   write("empty", sign(response("", blank("#_r")), provider));
@@ -346,6 +351,9 @@ TEST(VerifyThenRead, Program) {
       {"key good https://tv.example", 0, "accepted: mara\n"},
       {"key good https://tv.example.evil", 1,
        "refused: an assertion is meant for another audience\n"},
+      {"key named", 0, "accepted: sv\n"},
+      {"key two", 1, "refused: an assertion does not hold now\n"},
+      {"key narrow https://tv.example", 1, "refused: an assertion is meant for another audience\n"},
       {"key expired", 1, "refused: SAMLParserErrorDomain 401\n"},
       {"key denied", 1,
        "refused: the provider's status is urn:oasis:names:tc:SAML:2.0:status:Responder\n"},
