@@ -40,9 +40,6 @@ void require(bool condition, const char* reason) {
 
 const xmlChar* xmlText(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
 const xmlChar* xmlText(const std::string& text) { return xmlText(text.c_str()); }
-const unsigned char* bytes(std::string_view text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
-}
 
 std::string text(const Owned<xmlChar>& value) {
   return value ? reinterpret_cast<const char*>(value.get()) : std::string();
@@ -175,9 +172,10 @@ void startXmlsec() {
 // The very bytes whose digest was signed: whatever the signature library looked at, nothing but
 // that is read later. Comments are gone from them, and so is the signature itself.
 std::string signedText(xmlNode* signature, std::string_view certificatePem) {
-  Owned<xmlSecKey> key(xmlSecCryptoAppKeyLoadMemory(
-      bytes(certificatePem), static_cast<xmlSecSize>(certificatePem.size()),
-      xmlSecKeyDataFormatCertPem, nullptr, nullptr, nullptr));
+  Owned<xmlSecKey> key(
+      xmlSecCryptoAppKeyLoadMemory(reinterpret_cast<const xmlSecByte*>(certificatePem.data()),
+                                   static_cast<xmlSecSize>(certificatePem.size()),
+                                   xmlSecKeyDataFormatCertPem, nullptr, nullptr, nullptr));
   require(key != nullptr, "the certificate cannot be read");
 
   // The only identifier that the document knows is that of the element in hand.
@@ -219,10 +217,9 @@ std::string signedText(xmlNode* signature, std::string_view certificatePem) {
   return {reinterpret_cast<const char*>(xmlSecBufferGetData(buffer)), xmlSecBufferGetSize(buffer)};
 }
 
-// A response around a signed assertion. Nothing in it comes from the unsigned one: what it says of
-// itself is what the assertion says. Its status is success, whatever the unsigned one was: that the
-// provider vouches for the subscriber is the signed assertion, and a status that anybody could have
-// written adds no trust to it and takes none away.
+// A response around a signed assertion. Nothing of the unsigned one is copied: identifier, instant
+// and issuer are the assertion's. The status is success whatever the unsigned one said, for anybody
+// could have written that; the provider's yes is the assertion it signed.
 void wrap(xmlDoc* document, xmlNode* assertion) {
   xmlNode* const issuer =
       onlyChild(assertion, kAssertion, "Issuer", "the signed assertion has no issuer");
@@ -246,7 +243,8 @@ void wrap(xmlDoc* document, xmlNode* assertion) {
 std::string readableText(const std::string& signedXml, const xmlNode* original) {
   const Owned<xmlDoc> document = parsed(signedXml);
   xmlNode* const root = xmlDocGetRootElement(document.get());
-  // Canonical form drops prefixes that only values use, as xsi:type does; the schema needs them.
+  // Canonical form drops prefixes that only values use, as that of xsi:type does. What they stand
+  // for is not signed then, but only the schema asks.
   const Owned<xmlNs*> inScope(xmlGetNsList(original->doc, original));
   for (xmlNs** each = inScope.get(); each != nullptr && *each != nullptr; ++each) {
     const xmlChar* const prefix = (*each)->prefix;
