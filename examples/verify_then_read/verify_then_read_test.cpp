@@ -368,7 +368,7 @@ TEST(VerifyThenRead, Program) {
     const std::string command = "cd " + folder.string() + " && " PROGRAM " " + row.arguments;
     std::FILE* const pipe = popen((command + " 2>errors").c_str(), "r");
     std::string out;
-    for (int byte; (byte = std::fgetc(pipe)) != EOF;) out += static_cast<char>(byte);
+    for (char line[256]; std::fgets(line, sizeof line, pipe) != nullptr;) out += line;
     const int status = pclose(pipe);
     EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -1, row.status) << row.arguments;
     EXPECT_EQ(out, row.out) << row.arguments;
