@@ -1,6 +1,5 @@
 #include "kestrelink/platform/DiagnosticLog.h"
 
-#include <signal.h>
 #include <sys/uio.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -8,6 +7,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <ctime>
 
 namespace kestrelink {
