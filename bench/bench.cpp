@@ -1,0 +1,221 @@
+// The library beside libxml2 alone, in one run: `kestrelink-bench [--json]`. Times are medians of
+// interleaved batches; what counts is their ratio.
+
+#include <benchmark/benchmark.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <thread>
+#include <vector>
+
+#include "Work.h"
+
+namespace {
+
+struct Size {
+  const char* name;
+  int attributes;  // of three values each, besides the sample's own
+};
+constexpr Size kSizes[] = {{"sample", 0}, {"100", 100}, {"2000", 2000}, {"20000", 20000}};
+
+struct Goal {
+  const char* work;
+  const char* size;
+  double ratio;
+};
+constexpr Goal kGoals[] = {
+    {"read", "sample", 0.90},       {"read", "100", 1.05},
+    {"read", "2000", 1.30},         {"read-no-schema", "sample", 1.6},
+    {"read-no-schema", "100", 1.6}, {"read-no-schema", "2000", 1.6},
+    {"cold-read", "sample", 1.15},  {"cold-read", "100", 1.15},
+    {"cold-read", "2000", 1.2},     {"request", "sample", 1.5},
+    {"memory", "sample", 1.3},      {"memory", "100", 1.3},
+    {"memory", "2000", 1.6},        {"two-threads", "100", 1.8},
+};
+
+bool json = false;
+
+// One line of the report. For two threads the ratio is the gain, and more is better.
+void report(const std::string& work, const std::string& size, const char* unit, double library,
+            double raw, double ratio) {
+  if (json) {
+    std::printf(
+        "{\"work\":\"%s\",\"size\":\"%s\",\"library_%s\":%.1f,\"raw_%s\":%.1f,"
+        "\"ratio\":%.3f}\n",
+        work.c_str(), size.c_str(), unit, library, unit, raw, ratio);
+    return;
+  }
+  const auto* const goal =
+      std::find_if(std::begin(kGoals), std::end(kGoals),
+                   [&](const Goal& each) { return each.work == work && each.size == size; });
+  std::printf("%-16s %-8s %12.1f %12.1f  %-12s %6.2f", work.c_str(), size.c_str(), library, raw,
+              unit, ratio);
+  if (goal != std::end(kGoals)) {
+    const bool met = work == "two-threads" ? ratio >= goal->ratio : ratio <= goal->ratio;
+    std::printf("  goal %.2f%s", goal->ratio, met ? "" : "  missed");
+  }
+  std::printf("\n");
+}
+
+// Runs a program to its end with its output thrown away; its peak memory in kB.
+long run(const char* program, const char* work, const char* file) {
+  const char* const arguments[] = {program, work, file, nullptr};
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", 1, 0);
+  pid_t child = 0;
+  const int failure =
+      posix_spawn(&child, program, &actions, nullptr, const_cast<char* const*>(arguments), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  int status = 1;
+  rusage usage{};
+  if (failure != 0 || wait4(child, &status, 0, &usage) != child || status != 0) {
+    std::fprintf(stderr, "%s %s failed\n", program, work);
+    std::exit(1);
+  }
+  return usage.ru_maxrss;
+}
+
+// Gathers the time of every repetition by name.
+class Gatherer : public benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context& /*context*/) override { return true; }
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& each : runs) {
+      if (each.run_type == Run::RT_Iteration) {
+        times[each.run_name.function_name].push_back(each.GetAdjustedRealTime());
+      }
+    }
+  }
+  double median(const std::string& name) {
+    std::vector<double>& all = times[name];
+    std::sort(all.begin(), all.end());
+    return all.empty() ? 0 : all[all.size() / 2];
+  }
+  std::map<std::string, std::vector<double>> times;
+};
+
+void measure(const std::string& name, const std::function<void()>& work) {
+  benchmark::RegisterBenchmark(name.c_str(),
+                               [work](benchmark::State& state) {
+                                 for ([[maybe_unused]] auto iteration : state) work();
+                               })
+      ->Unit(benchmark::kMicrosecond)
+      ->UseRealTime()
+      ->MinTime(0.1)
+      ->Repetitions(9);
+}
+
+double secondsOf(const std::function<void()>& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void reportTwoThreads(const std::string& message) {
+  const auto reads = [&message] {
+    for (int n = 0; n < 100; ++n) benchmark::DoNotOptimize(bench::libraryWork("read", message));
+  };
+  std::vector<double> gains;
+  double one = 0, two = 0;
+  for (int round = 0; round < 7; ++round) {
+    one = secondsOf(reads);
+    two = secondsOf([&reads] {
+      std::thread other(reads);
+      reads();
+      other.join();
+    });
+    gains.push_back(2 * one / two);
+  }
+  std::sort(gains.begin(), gains.end());
+  report("two-threads", "100", "us", two * 1e6 / 100, one * 1e6 / 100, gains[gains.size() / 2]);
+}
+
+}  // namespace
+
+namespace bench {
+
+std::string answerWith(int attributes) {
+  std::ifstream file(SAMPLE);
+  std::string answer{std::istreambuf_iterator<char>(file), {}};
+  std::string added;
+  for (int n = 0; n < attributes; ++n) {
+    added += "<saml:Attribute Name=\"urn:example:attribute:" + std::to_string(n) + "\">";
+    for (const char* value : {"one", "two", "three"}) {
+      added += "<saml:AttributeValue>" + std::string(value) + " of " + std::to_string(n) +
+               "</saml:AttributeValue>";
+    }
+    added += "</saml:Attribute>\n";
+  }
+  return answer.insert(answer.find("</saml:AttributeStatement>"), added);
+}
+
+}  // namespace bench
+
+int main(int argc, char** argv) {
+  json = argc > 1 && std::strcmp(argv[1], "--json") == 0;
+  std::map<std::string, std::string> messages, files;
+  for (const auto& [size, attributes] : kSizes) {
+    messages[size] = bench::answerWith(attributes);
+    files[size] = std::string(argv[0]) + "-" + size + ".xml";
+    std::ofstream(files[size]) << messages[size];
+  }
+
+  std::vector<std::pair<std::string, std::string>> works = {{"request", "sample"}};
+  for (const auto& [size, attributes] : kSizes) {
+    for (const char* work : {"read", "read-no-schema", "cold-read"}) works.emplace_back(work, size);
+  }
+  for (const auto& [work, size] : works) {
+    const std::string name = work + "/" + size;
+    const std::string& message = messages[size];
+    if (work == "cold-read") {
+      const std::string& file = files[size];
+      measure(name + "/library", [&file] { run(COLD_LIBRARY, "read", file.c_str()); });
+      measure(name + "/raw", [&file] { run(COLD_RAW, "read", file.c_str()); });
+    } else {
+      measure(name + "/library", [&work = work, &message] {
+        benchmark::DoNotOptimize(bench::libraryWork(work, message));
+      });
+      measure(name + "/raw", [&work = work, &message] {
+        benchmark::DoNotOptimize(bench::rawWork(work, message));
+      });
+    }
+  }
+  std::vector<std::string> options = {argv[0], "--benchmark_enable_random_interleaving=true"};
+  std::vector<char*> pointers;
+  for (std::string& option : options) pointers.push_back(option.data());
+  int count = static_cast<int>(pointers.size());
+  benchmark::Initialize(&count, pointers.data());
+  Gatherer gatherer;
+  benchmark::RunSpecifiedBenchmarks(&gatherer);
+
+  if (!json) {
+    std::printf("%-16s %-8s %12s %12s  %-12s %6s\n", "work", "size", "library", "raw", "unit",
+                "ratio");
+  }
+  for (const auto& [work, size] : works) {
+    const double library = gatherer.median(work + "/" + size + "/library");
+    const double raw = gatherer.median(work + "/" + size + "/raw");
+    report(work, size, "us", library, raw, library / raw);
+  }
+  const long empty = run(COLD_RAW, "nothing", files["sample"].c_str());
+  for (const auto& [size, attributes] : kSizes) {
+    const auto library = static_cast<double>(run(COLD_LIBRARY, "read", files[size].c_str()));
+    const auto raw = static_cast<double>(run(COLD_RAW, "read", files[size].c_str()));
+    const auto over = static_cast<double>(empty);
+    report("memory", size, "peak_rss_kb", library, raw, (library - over) / (raw - over));
+  }
+  reportTwoThreads(messages["100"]);
+  return 0;
+}
