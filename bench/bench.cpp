@@ -2,10 +2,6 @@
 // interleaved batches; what counts is their ratio.
 
 #include <benchmark/benchmark.h>
-#include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -68,23 +64,16 @@ void report(const std::string& work, const std::string& size, const char* unit, 
   std::printf("\n");
 }
 
-// Runs a program to its end with its output thrown away; its peak memory in kB.
-long run(const char* program, const char* work, const char* file) {
-  const char* const arguments[] = {program, work, file, nullptr};
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", 1, 0);
-  pid_t child = 0;
-  const int failure =
-      posix_spawn(&child, program, &actions, nullptr, const_cast<char* const*>(arguments), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  int status = 1;
-  rusage usage{};
-  if (failure != 0 || wait4(child, &status, 0, &usage) != child || status != 0) {
-    std::fprintf(stderr, "%s %s failed\n", program, work);
+// Runs a program to its end; its peak of memory in kB.
+long run(const std::string& program, const std::string& work, const std::string& file) {
+  std::FILE* const pipe = popen((program + " " + work + " " + file).c_str(), "r");
+  long answer = 0, peak = 0;
+  const bool understood = pipe != nullptr && std::fscanf(pipe, "%ld %ld", &answer, &peak) == 2;
+  if (pipe == nullptr || pclose(pipe) != 0 || !understood) {
+    std::fprintf(stderr, "%s %s failed\n", program.c_str(), work.c_str());
     std::exit(1);
   }
-  return usage.ru_maxrss;
+  return peak;
 }
 
 // Gathers the time of every repetition by name.
@@ -181,8 +170,8 @@ int main(int argc, char** argv) {
     const std::string& message = messages[size];
     if (work == "cold-read") {
       const std::string& file = files[size];
-      measure(name + "/library", [&file] { run(COLD_LIBRARY, "read", file.c_str()); });
-      measure(name + "/raw", [&file] { run(COLD_RAW, "read", file.c_str()); });
+      measure(name + "/library", [&file] { run(COLD_LIBRARY, "read", file); });
+      measure(name + "/raw", [&file] { run(COLD_RAW, "read", file); });
     } else {
       measure(name + "/library", [&work = work, &message] {
         benchmark::DoNotOptimize(bench::libraryWork(work, message));
@@ -209,10 +198,10 @@ int main(int argc, char** argv) {
     const double raw = gatherer.median(work + "/" + size + "/raw");
     report(work, size, "us", library, raw, library / raw);
   }
-  const long empty = run(COLD_RAW, "nothing", files["sample"].c_str());
+  const long empty = run(COLD_RAW, "nothing", files["sample"]);
   for (const auto& [size, attributes] : kSizes) {
-    const auto library = static_cast<double>(run(COLD_LIBRARY, "read", files[size].c_str()));
-    const auto raw = static_cast<double>(run(COLD_RAW, "read", files[size].c_str()));
+    const auto library = static_cast<double>(run(COLD_LIBRARY, "read", files[size]));
+    const auto raw = static_cast<double>(run(COLD_RAW, "read", files[size]));
     const auto over = static_cast<double>(empty);
     report("memory", size, "peak_rss_kb", library, raw, (library - over) / (raw - over));
   }

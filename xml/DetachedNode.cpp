@@ -42,10 +42,12 @@ void DetachedNode::note(const char* what, int count) {
   }
 }
 
-std::string DetachedNode::writable(const std::string& text) {
-  std::string written = writableText(text);
-  if (written != text) note(kReplacedCharacters, 1);
-  return written;
+const char* DetachedNode::writable(const std::string& text, std::string& replacement) {
+  auto replaced = replacementFor(text);
+  if (!replaced) return text.c_str();
+  note(kReplacedCharacters, 1);
+  replacement = std::move(*replaced);
+  return replacement.c_str();
 }
 
 bool DetachedNode::addChild(DetachedNode child) {
@@ -63,6 +65,7 @@ bool DetachedNode::addChild(DetachedNode child) {
 SharedXmlDoc DetachedNode::intoDocument(DetachedNode root, XmlDocOwner doc) {
   if (!root || !doc) return nullptr;
   xmlDocSetRootElement(doc.get(), root.node_.release());
+  if (root.attributeNamespaces_.empty()) return doc;
   const auto records =
       std::make_shared<std::vector<XmlNsOwner>>(std::move(root.attributeNamespaces_));
   return {doc.release(), [records](xmlDoc* tree) { LibxmlFree()(tree); }};

@@ -25,8 +25,8 @@ class DetachedNode {
   /// An absent node, and why.
   static DetachedNode refused(const char* reason);
 
-  /// The text as it can be written in this node.
-  std::string writable(const std::string& text);
+  /// The text as it can be written in this node; held by `replacement` when it is another.
+  const char* writable(const std::string& text, std::string& replacement);
 
   /// Takes over what the child kept and noted, and makes the child, if it is present, the last
   /// child; false when libxml2 refuses.

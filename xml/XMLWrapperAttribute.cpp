@@ -28,11 +28,12 @@ bool XMLWrapperAttribute::xmlAttrNodeForNode(DetachedNode& node, ErrorOut error)
     record = standingAlone.get();
     if (standingAlone) node.keep(std::move(standingAlone));
   }
-  const auto value = value_ ? std::optional(node.writable(*value_)) : std::nullopt;
+  std::string replacement;
+  const xmlChar* const value = value_ ? BAD_CAST node.writable(*value_, replacement) : nullptr;
   const xmlAttr* made = nullptr;
   if (isXmlName(name_)) {
-    made = ns_ ? xmlNewNsProp(node.get(), record, xmlTextOf(name_), xmlTextOf(value))
-               : xmlNewProp(node.get(), xmlTextOf(name_), xmlTextOf(value));
+    made = ns_ ? xmlNewNsProp(node.get(), record, xmlTextOf(name_), value)
+               : xmlNewProp(node.get(), xmlTextOf(name_), value);
   }
   if (made == nullptr) storeError(error, kXMLWrapperErrorDomain, 204);
   return made != nullptr;

@@ -1,6 +1,7 @@
 #include "kestrelink/xml/XMLWrapperElement.h"
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_map>
 
 #include <libxml/tree.h>
@@ -110,10 +111,8 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithTagName(std::strin
 }
 
 void XMLWrapperElement::startWithTagName(std::string_view tagName) {
-  ensureLibxmlParser();
   tagName_ = tagName;
-  ownedNode_.reset(xmlNewNode(nullptr, xmlTextOf(*tagName_)));
-  node_ = ownedNode_.get();
+  madeAs_ = std::make_unique<const std::string>(tagName);
 }
 
 // Properties
@@ -244,9 +243,11 @@ void XMLWrapperElement::replaceChildElement(const std::shared_ptr<XMLWrapperElem
 
 void XMLWrapperElement::reorderChildElements() {
   List ordered;
-  for (const std::string& name : childElementSequence_.value_or(std::vector<std::string>())) {
-    const List named = getElementsByTagName(name);
-    ordered.insert(ordered.end(), named.begin(), named.end());
+  if (childElementSequence_) {
+    for (const std::string& name : *childElementSequence_) {
+      std::copy_if(elements_.begin(), elements_.end(), std::back_inserter(ordered),
+                   [&name](const auto& child) { return child->tagName() == name; });
+    }
   }
   elements_ = std::move(ordered);
 }
@@ -256,9 +257,12 @@ void XMLWrapperElement::reorderChildElements() {
 std::optional<XMLWrapperElement::List> XMLWrapperElement::getResultsByXpathQuery(
     std::string_view xpath) const {
   const SharedXmlDoc tree = tree_.lock();
-  if (!query_ || node_ == nullptr || (!ownedNode_ && !tree)) return std::nullopt;
+  if (!query_ || (!tree && !madeAs_)) return std::nullopt;
+  ensureLibxmlParser();
+  const XmlNodeOwner empty(tree ? nullptr : xmlNewNode(nullptr, xmlTextOf(*madeAs_)));
   std::optional<ErrorInfo> error;
-  std::optional<List> results = query_->executeXpathQuery({tree, node_}, xpath, &error);
+  std::optional<List> results =
+      query_->executeXpathQuery({tree, tree ? node_ : empty.get()}, xpath, &error);
   if (!results && error) logDiagnostic(error->domain + " " + std::to_string(error->code));
   return results;
 }
@@ -285,7 +289,8 @@ DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
   }
   if (node.get()->nsDef != nullptr) xmlSetNs(node.get(), node.get()->nsDef);
   if (textContent_) {
-    xmlAddChild(node.get(), xmlNewText(xmlTextOf(node.writable(*textContent_))));
+    std::string replacement;
+    xmlAddChild(node.get(), xmlNewText(BAD_CAST node.writable(*textContent_, replacement)));
   }
   for (const auto& child : elements_) node.addChild(child->xmlNode(error));
   return node;

@@ -154,9 +154,10 @@ class KESTRELINK_TYPE XMLWrapperElement {
   std::shared_ptr<XMLWrapperQuery> query_;
 
   const XMLWrapperElementClass* class_ = &elementClass;
-  _xmlNode* node_ = nullptr;     // in tree_ when read from one, else ownedNode_
+  _xmlNode* node_ = nullptr;     // in tree_; null for an element made in memory
   std::weak_ptr<_xmlDoc> tree_;  // never kept alive, never touched when gone
-  XmlNodeOwner ownedNode_;
+  // The tag name an element made in memory was made with: XPath sees an empty node of that name.
+  std::unique_ptr<const std::string> madeAs_;
 };
 
 }  // namespace kestrelink

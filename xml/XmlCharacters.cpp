@@ -18,6 +18,9 @@ bool isXmlCharacter(char32_t character) {
   return character != U'\uFFFE' && character != U'\uFFFF';
 }
 
+// ASCII that needs no further look: most of what is written.
+bool isPlain(char byte) { return (byte >= ' ' && byte < '\x7F') || byte == '\n' || byte == '\t'; }
+
 struct Range {
   char32_t first, last;
 };
@@ -39,7 +42,11 @@ bool isIn(const Range (&ranges)[Count], char32_t character) {
 }
 
 bool isName(std::string_view name, bool colonAllowed) {
+  const auto isLetter = [](char byte) {
+    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
+  };
   if (name.empty() || !isUtf8(name)) return false;
+  if (std::all_of(name.begin(), name.end(), isLetter)) return true;
   for (auto position = name.begin(); position != name.end();) {
     const bool atStart = position == name.begin();
     const char32_t character = utf8::unchecked::next(position);
@@ -52,7 +59,8 @@ bool isName(std::string_view name, bool colonAllowed) {
 
 }  // namespace
 
-std::string writableText(std::string_view text) {
+std::optional<std::string> replacementFor(std::string_view text) {
+  if (std::all_of(text.begin(), text.end(), isPlain)) return std::nullopt;
   std::string valid;
   if (isUtf8(text)) {
     valid = text;
@@ -65,6 +73,7 @@ std::string writableText(std::string_view text) {
     utf8::unchecked::append(isXmlCharacter(character) ? character : kReplacement,
                             std::back_inserter(writable));
   }
+  if (writable == text) return std::nullopt;
   return writable;
 }
 

@@ -1,7 +1,6 @@
 #include "kestrelink/saml/elements/SAMLDateText.h"
 
 #include <array>
-#include <cstdio>
 
 namespace kestrelink {
 namespace {
@@ -31,12 +30,23 @@ std::string SAMLDateFormatter::stringFromDate(SAMLDate date) const {
   const auto day = std::chrono::floor<std::chrono::days>(date.seconds());
   const std::chrono::year_month_day calendar(day);
   const std::chrono::hh_mm_ss time(date.seconds() - day);
-  std::array<char, 48> text{};
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
-                static_cast<int>(calendar.year()), static_cast<unsigned>(calendar.month()),
-                static_cast<unsigned>(calendar.day()), static_cast<int>(time.hours().count()),
-                static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
-  return text.data();
+  const std::array<unsigned, 6> fields = {static_cast<unsigned>(static_cast<int>(calendar.year())),
+                                          static_cast<unsigned>(calendar.month()),
+                                          static_cast<unsigned>(calendar.day()),
+                                          static_cast<unsigned>(time.hours().count()),
+                                          static_cast<unsigned>(time.minutes().count()),
+                                          static_cast<unsigned>(time.seconds().count())};
+  // From the last digit to the first, each into its place in the shape.
+  std::string text(kShape);
+  std::size_t place = text.size();
+  for (auto field = fields.rbegin(); field != fields.rend(); ++field) {
+    unsigned rest = *field;
+    while (text[place - 1] != 'd') --place;
+    for (; place > 0 && text[place - 1] == 'd'; --place, rest /= 10) {
+      text[place - 1] = static_cast<char>('0' + rest % 10);
+    }
+  }
+  return text;
 }
 
 std::optional<SAMLDate> SAMLDateFormatter::dateFromString(std::string_view text) const {
