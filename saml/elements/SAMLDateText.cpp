@@ -39,8 +39,8 @@ std::string SAMLDateFormatter::stringFromDate(SAMLDate date) const {
   // From the last digit to the first, each into its place in the shape.
   std::string text(kShape);
   std::size_t place = text.size();
-  for (auto field = fields.rbegin(); field != fields.rend(); ++field) {
-    unsigned rest = *field;
+  for (std::size_t field = fields.size(); field-- > 0;) {
+    unsigned rest = fields[field];
     while (text[place - 1] != 'd') --place;
     for (; place > 0 && text[place - 1] == 'd'; --place, rest /= 10) {
       text[place - 1] = static_cast<char>('0' + rest % 10);
