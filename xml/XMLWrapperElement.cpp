@@ -18,6 +18,19 @@
 #include "kestrelink/xml/XmlCharacters.h"
 
 namespace kestrelink {
+namespace {
+
+// How many records of a libxml2 list count: a vector of just that room costs one allocation.
+template <class Record, class Counts>
+std::size_t lengthOf(const Record* first, Counts counts) {
+  std::size_t length = 0;
+  for (const Record* record = first; record != nullptr; record = record->next) {
+    if (counts(*record)) ++length;
+  }
+  return length;
+}
+
+}  // namespace
 
 constinit const XMLWrapperElementClass XMLWrapperElement::elementClass{
     "XMLWrapperElement", &makeElementInstance<XMLWrapperElement>};
@@ -63,6 +76,7 @@ void XMLWrapperElement::readAttributes(const ::xmlNode* node, XMLTreeReading& re
   // Two attributes may share a local name in different namespaces; look-ups go by the local name.
   constexpr std::size_t kFew = 16;
   std::unordered_map<std::string, std::size_t> places;
+  attributes_.reserve(lengthOf(node->properties, [](const xmlAttr&) { return true; }));
   for (const xmlAttr* record = node->properties; record != nullptr; record = record->next) {
     const std::string_view name = viewOf(record->name);
     if (!isUtf8(name)) continue;
@@ -85,6 +99,8 @@ void XMLWrapperElement::readAttributes(const ::xmlNode* node, XMLTreeReading& re
 }
 
 void XMLWrapperElement::readChildren(const ::xmlNode* node, XMLTreeReading& reading) {
+  elements_.reserve(lengthOf(
+      node->children, [](const ::xmlNode& child) { return child.type == XML_ELEMENT_NODE; }));
   for (::xmlNode* child = node->children; child != nullptr; child = child->next) {
     if (child->type == XML_TEXT_NODE) {
       const std::string_view content = viewOf(child->content);

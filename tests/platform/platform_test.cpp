@@ -22,6 +22,9 @@ TEST(Text, Utf8) {
                          "\xED\xA0\x80"sv, "\xED\xBF\xBF"sv, "\xF4\x90\x80\x80"sv, "\xFF\xFE"sv,
                          "\xC3"sv, "\xE2\x82"sv, "\xF0\x9F\x98"sv, "\x80"sv, "a\xC3("sv}) {
     EXPECT_FALSE(isUtf8(bad)) << bad;
+    for (const auto before : {"1234567", "12345678", "123456789012345\xC3\xA9"}) {
+      EXPECT_FALSE(isUtf8(before + std::string(bad) + "12345678")) << before << bad;
+    }
   }
 }
 
