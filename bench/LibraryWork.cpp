@@ -12,11 +12,8 @@ using kestrelink::SAMLParserController;
 
 const SAMLParserController& controllerFor(std::string_view work) {
   if (work == "read") return SAMLParserController::sharedInstance();
-  static const SAMLParserController& withoutSchema = [&]() -> SAMLParserController& {
-    static SAMLParserController controller;
-    controller.setSchemaData(nullptr);
-    return controller;
-  }();
+  static SAMLParserController withoutSchema;
+  withoutSchema.setSchemaData(nullptr);
   return withoutSchema;
 }
 

@@ -1,6 +1,5 @@
 #include "kestrelink/xml/LibxmlErrorRoute.h"
 
-#include <array>
 #include <cstdio>
 
 #include "kestrelink/platform/DiagnosticLog.h"
@@ -10,6 +9,10 @@ namespace {
 
 // A hostile message can hold an error in every byte.
 constexpr int kMostLines = 8;
+
+std::array<int, 4> identityOf(const xmlError& error) {
+  return {error.domain, error.code, error.line, error.int2};
+}
 
 template <typename... Numbers>
 void logNumbers(const char* format, Numbers... numbers) noexcept {
@@ -41,17 +44,13 @@ void LibxmlErrorRoute::structured(void* route, LibxmlErrorRecord error) noexcept
 
 // libxml2 calls this several times for one error, with pieces of its text; the record says more.
 void LibxmlErrorRoute::generic(void* route, const char* /*format*/, ...) noexcept {
-  if (const xmlError* error = libxmlLastError()) {
-    auto* self = static_cast<LibxmlErrorRoute*>(route);
-    const xmlError& last = self->lastReported_;
-    const bool again = last.domain == error->domain && last.code == error->code &&
-                       last.line == error->line && last.int2 == error->int2;
-    if (!again) self->report(*error);
-  }
+  const xmlError* const error = libxmlLastError();
+  auto* const self = static_cast<LibxmlErrorRoute*>(route);
+  if (error != nullptr && self->lastReported_ != identityOf(*error)) self->report(*error);
 }
 
 void LibxmlErrorRoute::report(const xmlError& error) noexcept {
-  lastReported_ = error;
+  lastReported_ = identityOf(error);
   if (++count_ > kMostLines) return;
   logNumbers("libxml2: error domain %d code %d line %d", error.domain, error.code, error.line);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include <array>
 
 #include "kestrelink/xml/LibxmlCompat.h"
 
@@ -30,7 +30,7 @@ class LibxmlErrorRoute {
   void* structuredContextBefore_;
   xmlGenericErrorFunc genericBefore_;
   void* genericContextBefore_;
-  xmlError lastReported_{};
+  std::array<int, 4> lastReported_{};  // domain, code, line and column
   int count_ = 0;
 };
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "kestrelink/saml/elements/SAMLElementClasses.h"
-#include "kestrelink/saml/messages/RequestRoot.h"
+#include "kestrelink/saml/messages/MessageRoot.h"
 #include "kestrelink/saml/messages/SubjectFromResponse.h"
 
 namespace kestrelink {
@@ -17,7 +17,7 @@ std::shared_ptr<SAMLAttributeQuery> SAMLAttributeQuery::initWithData(SharedBytes
   registerSAMLElementClasses();
   auto request = std::make_shared<SAMLAttributeQuery>(Making());
   if (!request->startWithData(std::move(data), schema, error)) return nullptr;
-  request->requestElement_ = requestRoot<SAMLAttributeQueryElement>(*request, error);
+  request->requestElement_ = messageRoot<SAMLAttributeQueryElement>(*request, error);
   if (!request->requestElement_ && error != nullptr) return nullptr;
   if (request->requestElement_) request->schemaData_ = std::move(schema);
   return request;

@@ -4,7 +4,7 @@
 
 #include "kestrelink/platform/UrlText.h"
 #include "kestrelink/saml/elements/SAMLElementClasses.h"
-#include "kestrelink/saml/messages/RequestRoot.h"
+#include "kestrelink/saml/messages/MessageRoot.h"
 #include "kestrelink/saml/messages/SubjectFromResponse.h"
 
 namespace kestrelink {
@@ -18,7 +18,7 @@ std::shared_ptr<SAMLAuthZDecisionQuery> SAMLAuthZDecisionQuery::initWithData(Sha
   registerSAMLElementClasses();
   auto request = std::make_shared<SAMLAuthZDecisionQuery>(Making());
   if (!request->startWithData(std::move(data), std::move(schema), error)) return nullptr;
-  request->requestElement_ = requestRoot<SAMLAuthZDecisionQueryElement>(*request, error);
+  request->requestElement_ = messageRoot<SAMLAuthZDecisionQueryElement>(*request, error);
   return request;
 }
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "kestrelink/saml/elements/SAMLElementClasses.h"
-#include "kestrelink/saml/messages/RequestRoot.h"
+#include "kestrelink/saml/messages/MessageRoot.h"
 
 namespace kestrelink {
 
@@ -16,7 +16,7 @@ std::shared_ptr<SAMLLogoutRequest> SAMLLogoutRequest::initWithData(SharedBytes d
   registerSAMLElementClasses();
   auto request = std::make_shared<SAMLLogoutRequest>(Making());
   if (!request->startWithData(std::move(data), std::move(schema), error)) return nullptr;
-  request->requestElement_ = requestRoot<SAMLLogoutRequestElement>(*request, error);
+  request->requestElement_ = messageRoot<SAMLLogoutRequestElement>(*request, error);
   return request;
 }
 

@@ -8,6 +8,7 @@
 #include "kestrelink/saml/elements/SAMLElementClasses.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
+#include "kestrelink/saml/messages/MessageRoot.h"
 #include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {
@@ -20,12 +21,7 @@ std::shared_ptr<SAMLResponse> SAMLResponse::initWithData(SharedBytes data, Share
   registerSAMLElementClasses();
   auto response = std::make_shared<SAMLResponse>(Making());
   if (!response->startWithData(std::move(data), std::move(schema), error)) return nullptr;
-  response->responseElement_ =
-      std::dynamic_pointer_cast<SAMLResponseElement>(response->documentElement());
-  if (!response->responseElement_) {
-    storeError(error, kSAMLParserErrorDomain, 102, kReceivedClassKey,
-               response->documentElement()->dynamicClass().name());
-  }
+  response->responseElement_ = messageRoot<SAMLResponseElement>(*response, error);
   return response;
 }
 

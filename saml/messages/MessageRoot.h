@@ -8,15 +8,15 @@
 
 namespace kestrelink {
 
-/// The root of a parsed document as the request it should be; null with code 102 when it is none.
+/// The root of a parsed document as the message it should be; null with code 102 when it is none.
 template <class Element>
-std::shared_ptr<Element> requestRoot(const XMLWrapperDoc& doc, ErrorOut error) {
-  auto request = std::dynamic_pointer_cast<Element>(doc.documentElement());
-  if (!request) {
+std::shared_ptr<Element> messageRoot(const XMLWrapperDoc& doc, ErrorOut error) {
+  auto root = std::dynamic_pointer_cast<Element>(doc.documentElement());
+  if (!root) {
     storeError(error, kSAMLParserErrorDomain, 102, kReceivedClassKey,
                doc.documentElement()->dynamicClass().name());
   }
-  return request;
+  return root;
 }
 
 }  // namespace kestrelink
