@@ -1,6 +1,9 @@
 // What differs between libxml2 2.9 and 2.15, in one place.
 #pragma once
 
+#include <cstddef>
+#include <string_view>
+
 #include <libxml/globals.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
@@ -32,5 +35,42 @@ inline xmlParserInput* libxmlStreamOver(xmlParserCtxt* context, const char* text
   if (taken) static_cast<void>(copy.release());
   return stream;
 }
+
+#if LIBXML_VERSION < 21200
+
+/// All that the parser has not read yet, in UTF-8, whatever the message's encoding.
+inline std::string_view libxmlTextAhead(xmlParserInput& input) noexcept {
+  if (input.buf != nullptr && input.buf->encoder != nullptr) {
+    const std::ptrdiff_t read = input.cur - input.base;
+    constexpr int kAtLeast = 4000;
+    while (xmlParserInputBufferGrow(input.buf, kAtLeast) > 0) {
+    }
+    input.base = xmlBufContent(input.buf->buffer);
+    input.cur = input.base + read;
+    input.end = input.base + xmlBufUse(input.buf->buffer);
+  }
+  return {reinterpret_cast<const char*>(input.cur),
+          static_cast<std::size_t>(input.end - input.cur)};
+}
+
+/// How many names were compared for one tag: each attribute and each namespace with those before
+/// it, and each prefix with the namespaces in scope.
+inline std::size_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceCount,
+                                     int attributeCount) noexcept {
+  const auto namespaces = static_cast<std::size_t>(namespaceCount);
+  const auto attributes = static_cast<std::size_t>(attributeCount);
+  const auto inScope = static_cast<std::size_t>(parser.nsNr) / 2;
+  return (namespaces * namespaces + attributes * attributes) / 2 + inScope * (attributes + 1);
+}
+
+#else  // hash tables from here on
+
+inline std::string_view libxmlTextAhead(const xmlParserInput& /*input*/) noexcept { return {}; }
+inline std::size_t libxmlComparisons(const xmlParserCtxt& /*parser*/, int /*namespaceCount*/,
+                                     int /*attributeCount*/) noexcept {
+  return 0;
+}
+
+#endif
 
 }  // namespace kestrelink

@@ -11,6 +11,7 @@ void LibxmlFree::operator()(_xmlBuffer* buffer) const noexcept { xmlBufferFree(b
 void LibxmlFree::operator()(_xmlDoc* doc) const noexcept { xmlFreeDoc(doc); }
 void LibxmlFree::operator()(_xmlNode* node) const noexcept { xmlFreeNode(node); }
 void LibxmlFree::operator()(_xmlNs* ns) const noexcept { xmlFreeNs(ns); }
+void LibxmlFree::operator()(_xmlParserCtxt* context) const noexcept { xmlFreeParserCtxt(context); }
 void LibxmlFree::operator()(_xmlParserInputBuffer* buffer) const noexcept {
   xmlFreeParserInputBuffer(buffer);
 }

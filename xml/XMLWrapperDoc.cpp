@@ -2,14 +2,11 @@
 
 #include <utility>
 
-#include <climits>
-#include <libxml/parser.h>
 #include <libxml/tree.h>
 
+#include "kestrelink/xml/BoundedParse.h"
 #include "kestrelink/xml/DetachedNode.h"
 #include "kestrelink/xml/LibxmlDump.h"
-#include "kestrelink/xml/LibxmlErrorRoute.h"
-#include "kestrelink/xml/LibxmlSetup.h"
 #include "kestrelink/xml/LibxmlText.h"
 #include "kestrelink/xml/StoreError.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
@@ -17,20 +14,6 @@
 #include "kestrelink/xml/XMLWrapperSchema.h"
 
 namespace kestrelink {
-namespace {
-
-// Recovery and nothing else: entities stay unexpanded, no DTD is loaded.
-constexpr int kParseOptions = XML_PARSE_RECOVER;
-
-XmlDocOwner parse(const SharedBytes& bytes) {
-  if (!bytes || bytes->size() > INT_MAX) return nullptr;
-  ensureLibxmlParser();
-  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
-  return XmlDocOwner(
-      xmlReadMemory(bytes->data(), static_cast<int>(bytes->size()), "", nullptr, kParseOptions));
-}
-
-}  // namespace
 
 XMLWrapperDoc::XMLWrapperDoc(Making) {}
 XMLWrapperDoc::~XMLWrapperDoc() = default;
@@ -77,7 +60,7 @@ bool XMLWrapperDoc::createDocument(ErrorOut error) {
 
 bool XMLWrapperDoc::setXMLDoc(ErrorOut error) {
   docNode_ = nullptr;
-  doc_ = parse(xmlData_);
+  doc_ = xmlData_ ? boundedParse(*xmlData_) : nullptr;
   if (!doc_) storeError(error, kXMLWrapperErrorDomain, 200);
   return doc_ != nullptr;
 }

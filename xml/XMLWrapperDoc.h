@@ -32,8 +32,9 @@ class KESTRELINK_EXPORT XMLWrapperDoc {
  public:
   /// Parses the bytes, in recovery mode: what is not well-formed still yields a document when
   /// libxml2 can make a tree of it. With schema bytes the tree is then validated. Null when no
-  /// tree results (code 200), when it is not valid (code 100), both of "XMLWrapperErrorDomain",
-  /// or when the tree has no root element (no error).
+  /// tree results or the message is made to cost libxml2 too much (code 200; the bounds are in
+  /// docs/security.md), when it is not valid (code 100), both of "XMLWrapperErrorDomain", or when
+  /// the tree has no root element (no error).
   static std::shared_ptr<XMLWrapperDoc> initWithData(SharedBytes data, SharedBytes schema,
                                                      ErrorOut error = nullptr);
 

@@ -1,0 +1,20 @@
+// Parsing with a bound on what a hostile message can make libxml2 do.
+#pragma once
+
+#include <string>
+
+#include "kestrelink/xml/LibxmlHandles.h"
+
+namespace kestrelink {
+
+/// The tree of a message, read as `xmlReadMemory` does in recovery mode and with no other option:
+/// entities stay unexpanded, no DTD is loaded. Null when libxml2 makes none, or, with a line in the
+/// log, when reading it would take time or memory out of proportion to its size: libxml2 compares
+/// each attribute of a tag with all before it, adds the attributes a document type declares to
+/// every element, and looks each prefix up among all namespaces in scope. Such messages have
+/// - more than 5,000 attributes in one tag, or so many in many tags or so many namespaces in scope
+///   of many elements that the look-ups come to hundreds for every byte;
+/// - a document type declaration and more than 16 KB, or more than 100 references to entities.
+XmlDocOwner boundedParse(const std::string& bytes);
+
+}  // namespace kestrelink
