@@ -3,13 +3,12 @@
 // they are depends on its size alone.
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <random>
 #include <string>
 
+#include "Attack.h"
 #include "Targets.h"
 
 namespace {
@@ -46,13 +45,12 @@ int run(const Target& target, const std::filesystem::path& path, bool damaged) {
     }
     return count;
   }
-  std::ifstream file(path, std::ios::binary);
-  if (!file) {
-    std::fprintf(stderr, "cannot read %s\n", path.c_str());
+  if (!std::filesystem::is_regular_file(path)) {
+    std::fprintf(stderr, "no file: %s\n", path.c_str());
     return 0;
   }
+  const std::string text = fuzz::attack(path);
   std::fprintf(stderr, "%s\n", path.c_str());
-  const std::string text(std::istreambuf_iterator<char>(file), {});
   target(text);
   return 1 + (damaged ? runDamaged(target, text) : 0);
 }
