@@ -157,7 +157,9 @@ XmlDocOwner boundedParse(const std::string& bytes) {
   if (bytes.size() > INT_MAX) return nullptr;
   ensureLibxmlParser();
   const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
-  return Parser(bytes).parse();
+  XmlDocOwner doc = Parser(bytes).parse();
+  route.throwIfOutOfMemory();  // recovery mode keeps what was read before
+  return doc;
 }
 
 }  // namespace kestrelink

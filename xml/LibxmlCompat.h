@@ -24,6 +24,20 @@ using LibxmlErrorRecord = xmlErrorPtr;
 /// This thread's last error, or null.
 inline const xmlError* libxmlLastError() noexcept { return xmlGetLastError(); }
 
+/// Initialises the parser. What 2.9 does once and takes for done even when memory ran out, its
+/// table of encodings, is made again after it was forgotten.
+inline void libxmlInitialise() noexcept {
+  xmlInitParser();
+#if LIBXML_VERSION < 21000
+  xmlInitCharEncodingHandlers();
+#endif
+}
+inline void libxmlForgetEncodings() noexcept {
+#if LIBXML_VERSION < 21000
+  xmlCleanupCharEncodingHandlers();
+#endif
+}
+
 /// An input stream over a copy of the text, which libxml2 owns; null when it cannot be made. (A
 /// plain string stream would read the text itself, in 2.9 even after it is gone.)
 inline xmlParserInput* libxmlStreamOver(xmlParserCtxt* context, const char* text, int length) {

@@ -1,6 +1,7 @@
 #include "kestrelink/xml/LibxmlErrorRoute.h"
 
 #include <cstdio>
+#include <new>
 
 #include "kestrelink/platform/DiagnosticLog.h"
 
@@ -30,12 +31,24 @@ LibxmlErrorRoute::LibxmlErrorRoute(During during) noexcept
       genericContextBefore_(xmlGenericErrorContext) {
   xmlSetStructuredErrorFunc(this, during == During::parsing ? &structured : nullptr);
   xmlSetGenericErrorFunc(this, &generic);
+  // An old one would be taken for news by `generic`.
+  const xmlError* const last = libxmlLastError();
+  if (last != nullptr && last->code == XML_ERR_NO_MEMORY) xmlResetLastError();
 }
 
 LibxmlErrorRoute::~LibxmlErrorRoute() {
   xmlSetStructuredErrorFunc(structuredContextBefore_, structuredBefore_);
   xmlSetGenericErrorFunc(genericContextBefore_, genericBefore_);
   if (count_ > kMostLines) logNumbers("libxml2: %d more errors", count_ - kMostLines);
+}
+
+void LibxmlErrorRoute::throwIfOutOfMemory() const {
+  if (outOfMemory_) throw std::bad_alloc();
+}
+
+void LibxmlErrorRoute::noteOutOfMemory() noexcept {
+  if (xmlGenericError != &generic) return;
+  static_cast<LibxmlErrorRoute*>(xmlGenericErrorContext)->outOfMemory_ = true;
 }
 
 void LibxmlErrorRoute::structured(void* route, LibxmlErrorRecord error) noexcept {
@@ -50,6 +63,7 @@ void LibxmlErrorRoute::generic(void* route, const char* /*format*/, ...) noexcep
 }
 
 void LibxmlErrorRoute::report(const xmlError& error) noexcept {
+  if (error.code == XML_ERR_NO_MEMORY) outOfMemory_ = true;
   lastReported_ = identityOf(error);
   if (++count_ > kMostLines) return;
   logNumbers("libxml2: error domain %d code %d line %d", error.domain, error.code, error.line);

@@ -2,15 +2,18 @@
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
+#include <libxml/xmlIO.h>
 #include <libxml/xmlschemas.h>
 #include <libxml/xpath.h>
 
 namespace kestrelink {
 
-void LibxmlFree::operator()(_xmlBuffer* buffer) const noexcept { xmlBufferFree(buffer); }
 void LibxmlFree::operator()(_xmlDoc* doc) const noexcept { xmlFreeDoc(doc); }
 void LibxmlFree::operator()(_xmlNode* node) const noexcept { xmlFreeNode(node); }
 void LibxmlFree::operator()(_xmlNs* ns) const noexcept { xmlFreeNs(ns); }
+void LibxmlFree::operator()(_xmlOutputBuffer* buffer) const noexcept {
+  static_cast<void>(xmlOutputBufferClose(buffer));
+}
 void LibxmlFree::operator()(_xmlParserCtxt* context) const noexcept { xmlFreeParserCtxt(context); }
 void LibxmlFree::operator()(_xmlParserInputBuffer* buffer) const noexcept {
   xmlFreeParserInputBuffer(buffer);

@@ -3,10 +3,10 @@
 
 #include <memory>
 
-struct _xmlBuffer;
 struct _xmlDoc;
 struct _xmlNode;
 struct _xmlNs;
+struct _xmlOutputBuffer;
 struct _xmlParserCtxt;
 struct _xmlParserInputBuffer;
 struct _xmlSchema;
@@ -18,10 +18,10 @@ struct _xmlXPathObject;
 namespace kestrelink {
 
 struct LibxmlFree {
-  void operator()(_xmlBuffer* buffer) const noexcept;
   void operator()(_xmlDoc* doc) const noexcept;
   void operator()(_xmlNode* node) const noexcept;
   void operator()(_xmlNs* ns) const noexcept;
+  void operator()(_xmlOutputBuffer* buffer) const noexcept;
   void operator()(_xmlParserCtxt* context) const noexcept;
   void operator()(_xmlParserInputBuffer* buffer) const noexcept;
   void operator()(_xmlSchema* schema) const noexcept;
@@ -31,10 +31,10 @@ struct LibxmlFree {
   void operator()(_xmlXPathObject* object) const noexcept;
 };
 
-using XmlBufferOwner = std::unique_ptr<_xmlBuffer, LibxmlFree>;
 using XmlDocOwner = std::unique_ptr<_xmlDoc, LibxmlFree>;
 using XmlNodeOwner = std::unique_ptr<_xmlNode, LibxmlFree>;
 using XmlNsOwner = std::unique_ptr<_xmlNs, LibxmlFree>;
+using XmlOutputOwner = std::unique_ptr<_xmlOutputBuffer, LibxmlFree>;
 using XmlInputBufferOwner = std::unique_ptr<_xmlParserInputBuffer, LibxmlFree>;
 using XmlParserOwner = std::unique_ptr<_xmlParserCtxt, LibxmlFree>;
 using XmlSchemaOwner = std::unique_ptr<_xmlSchema, LibxmlFree>;

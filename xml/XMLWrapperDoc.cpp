@@ -7,6 +7,8 @@
 #include "kestrelink/xml/BoundedParse.h"
 #include "kestrelink/xml/DetachedNode.h"
 #include "kestrelink/xml/LibxmlDump.h"
+#include "kestrelink/xml/LibxmlErrorRoute.h"
+#include "kestrelink/xml/LibxmlSetup.h"
 #include "kestrelink/xml/LibxmlText.h"
 #include "kestrelink/xml/StoreError.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
@@ -74,10 +76,13 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperDoc::createDocumentElement(ErrorOut
 
 SharedXmlDoc XMLWrapperDoc::docNode(ErrorOut error) const {
   static const std::string kVersion = "2.0";
+  ensureLibxmlParser();
+  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
   XmlDocOwner doc(xmlNewDoc(xmlTextOf(kVersion)));
   SharedXmlDoc built;
   if (doc && documentElement_) {
     built = DetachedNode::intoDocument(documentElement_->xmlNode(error), std::move(doc));
+    route.throwIfOutOfMemory();
   }
   if (!built) storeError(error, kXMLWrapperErrorDomain, 101);
   return built;

@@ -10,6 +10,7 @@
 #include "kestrelink/platform/Text.h"
 #include "kestrelink/xml/DetachedNode.h"
 #include "kestrelink/xml/LibxmlDump.h"
+#include "kestrelink/xml/LibxmlErrorRoute.h"
 #include "kestrelink/xml/LibxmlSetup.h"
 #include "kestrelink/xml/LibxmlText.h"
 #include "kestrelink/xml/XMLTreeReading.h"
@@ -275,7 +276,9 @@ std::optional<XMLWrapperElement::List> XMLWrapperElement::getResultsByXpathQuery
   const SharedXmlDoc tree = tree_.lock();
   if (!query_ || (!tree && !madeAs_)) return std::nullopt;
   ensureLibxmlParser();
+  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
   const XmlNodeOwner empty(tree ? nullptr : xmlNewNode(nullptr, xmlTextOf(*madeAs_)));
+  route.throwIfOutOfMemory();
   std::optional<ErrorInfo> error;
   std::optional<List> results =
       query_->executeXpathQuery({tree, tree ? node_ : empty.get()}, xpath, &error);
@@ -313,7 +316,10 @@ DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
 }
 
 std::optional<std::string> XMLWrapperElement::xmlString(ErrorOut error) {
+  ensureLibxmlParser();
+  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
   const DetachedNode node = xmlNode(error);
+  route.throwIfOutOfMemory();
   if (!node) return std::nullopt;
   return dumpedXml(node.get(), error);
 }

@@ -90,13 +90,15 @@ std::optional<XMLWrapperQuery::Results> XMLWrapperQuery::executeXpathQuery(
   if (context.node != nullptr && xmlXPathSetContextNode(context.node, evaluation.get()) != 0) {
     return failed(201);
   }
-  if (!registerXpathNamespacesForCtx(evaluation.get(), xpath)) return failed(201);
+  if (!registerXpathNamespacesForCtx(evaluation.get(), xpath) || route.outOfMemory()) {
+    return failed(201);
+  }
 
   const std::string expression(xpath);
   const bool cutOff = expression.find('\0') != std::string::npos;
   const XmlXPathObjectOwner result(
       cutOff ? nullptr : xmlXPathEvalExpression(xmlTextOf(expression), evaluation.get()));
-  if (!result) return failed(300);
+  if (!result || route.outOfMemory()) return failed(300);
   const xmlNodeSet* const nodes = result->type == XPATH_NODESET ? result->nodesetval : nullptr;
   if (nodes == nullptr) return failed(301);
 

@@ -71,11 +71,6 @@ void XMLWSchemaValidityWarning(void* /*context*/, const char* message, ...) noex
   va_end(arguments);
 }
 
-struct GatheredErrors {
-  std::string text;
-  bool outOfMemory = false;
-};
-
 std::string_view asItStands(const char* text) { return text == nullptr ? "(null)" : text; }
 
 std::string describe(const xmlError& error) {
@@ -87,14 +82,14 @@ std::string describe(const xmlError& error) {
 
 void XMLWSchemaValidityErrorFunc(void* context, const char* message, ...) noexcept {
   if (message == nullptr) return;
-  auto& gathered = *static_cast<GatheredErrors*>(context);
+  auto& gathered = *static_cast<std::string*>(context);
   va_list arguments;
   va_start(arguments, message);
   try {
     const xmlError* const last = libxmlLastError();
-    gathered.text += last != nullptr ? describe(*last) : formatted(message, arguments);
+    gathered += last != nullptr ? describe(*last) : formatted(message, arguments);
   } catch (const std::bad_alloc&) {
-    gathered.outOfMemory = true;
+    LibxmlErrorRoute::noteOutOfMemory();
   }
   va_end(arguments);
 }
@@ -107,8 +102,10 @@ std::unique_ptr<XMLWrapperSchema> failed(std::string_view reason) {
 XmlDocOwner parseSchema(const SharedBytes& bytes) {
   if (!bytes || bytes->size() > INT_MAX) return nullptr;
   const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
-  return XmlDocOwner(
+  XmlDocOwner doc(
       xmlReadMemory(bytes->data(), static_cast<int>(bytes->size()), nullptr, nullptr, 0));
+  route.throwIfOutOfMemory();
+  return doc;
 }
 
 }  // namespace
@@ -123,10 +120,12 @@ std::unique_ptr<XMLWrapperSchema> XMLWrapperSchema::initWithSchemaData(
 
   const LibxmlErrorRoute route(LibxmlErrorRoute::During::schema);
   const XmlSchemaParserOwner parser(xmlSchemaNewDocParserCtxt(doc.get()));
+  route.throwIfOutOfMemory();
   if (!parser) return failed("Failed to create parser context for schema");
   xmlSchemaSetParserErrors(parser.get(), &XMLWSchemaValidityError, &XMLWSchemaValidityWarning,
                            nullptr);
   XmlSchemaOwner schema(xmlSchemaParse(parser.get()));
+  route.throwIfOutOfMemory();  // an import may be missing
   if (!schema) return failed("Schema is not valid");
   return std::make_unique<XMLWrapperSchema>(std::move(schema));
 }
@@ -142,13 +141,14 @@ bool XMLWrapperSchema::validateDocument(xmlDoc* doc, ErrorOut error) const {
   }
   const LibxmlErrorRoute route(LibxmlErrorRoute::During::schema);
   const XmlSchemaValidatorOwner validator(xmlSchemaNewValidCtxt(schemaPtr_.get()));
+  route.throwIfOutOfMemory();
   if (!validator) return impossible(kSchemaContextFailure);
 
-  GatheredErrors gathered;
+  std::string gathered;
   xmlSchemaSetValidErrors(validator.get(), &XMLWSchemaValidityErrorFunc, nullptr, &gathered);
   const bool valid = xmlSchemaValidateDoc(validator.get(), doc) == 0;
-  if (gathered.outOfMemory) throw std::bad_alloc();
-  if (!valid) storeSchemaError(error, gathered.text);
+  route.throwIfOutOfMemory();
+  if (!valid) storeSchemaError(error, gathered);
   return valid;
 }
 
@@ -165,6 +165,7 @@ xmlParserInput* XMLWExternalEntityLoader(const char* url, const char* /*publicId
     if (!text || text->size() > INT_MAX) return nullptr;
     return libxmlStreamOver(context, text->data(), static_cast<int>(text->size()));
   } catch (const std::exception&) {
+    LibxmlErrorRoute::noteOutOfMemory();
     return nullptr;
   }
 }

@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "kestrelink/platform/UrlText.h"
 #include "kestrelink/saml/elements/SAMLElementClasses.h"
 #include "kestrelink/saml/messages/MessageRoot.h"
 #include "kestrelink/saml/messages/SubjectFromResponse.h"
+#include "kestrelink/xml/AbsoluteUrl.h"
 
 namespace kestrelink {
 

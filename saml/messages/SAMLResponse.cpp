@@ -3,12 +3,12 @@
 #include <typeinfo>
 #include <utility>
 
-#include "kestrelink/platform/UrlText.h"
 #include "kestrelink/saml/elements/ElementReading.h"
 #include "kestrelink/saml/elements/SAMLElementClasses.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/messages/MessageRoot.h"
+#include "kestrelink/xml/AbsoluteUrl.h"
 #include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {

@@ -6,6 +6,7 @@
 #include "kestrelink/platform/ResourceBundle.h"
 #include "kestrelink/platform/Text.h"
 #include "kestrelink/platform/UrlText.h"
+#include "kestrelink/xml/AbsoluteUrl.h"
 
 #include "Support.h"
 
