@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -30,6 +31,8 @@ fs::path loadedFile() {
   const bool isProgram = name == nullptr || *name == '\0';
   std::error_code failure;
   fs::path file = fs::canonical(isProgram ? "/proc/self/exe" : name, failure);
+  // To be asked again: "there is no bundle" is remembered.
+  if (failure == std::errc::not_enough_memory) throw std::bad_alloc();
   return failure ? fs::path() : file;
 }
 

@@ -112,12 +112,8 @@ Verdict answered(const Operation& operation) {
   }
 }
 
-void fail(const Operation& operation, Through way, long nth, Outcome& outcome) {
-  const int output = ::memfd_create("output", 0);
-  ::dup2(output, STDOUT_FILENO);
-  ::dup2(output, STDERR_FILENO);
-  ::signal(SIGALRM, SIG_DFL);
-  ::alarm(30);
+// Also whether the next call is right, and whether more blocks stay in use than without a failure.
+void attempt(const Operation& operation, Through way, long nth, Outcome& outcome) {
   const std::array<long, 2> before = blocksInUse();
   planFault(way, nth, &outcome.place);
   Verdict verdict = answered(operation);
@@ -125,9 +121,17 @@ void fail(const Operation& operation, Through way, long nth, Outcome& outcome) {
   if (verdict <= badAlloc && !isExpected(operation.run())) verdict = nextWrong;
   const std::array<long, 2> gained = gainedSince(before);
   const bool more = gained[0] > shared().gained[0] || gained[1] > shared().gained[1];
-  if (verdict <= badAlloc && more) verdict = leak;
-  if (verdict <= badAlloc && ::lseek(output, 0, SEEK_END) > 0) verdict = printed;
-  outcome.verdict = verdict;
+  outcome.verdict = verdict <= badAlloc && more ? leak : verdict;
+}
+
+void attemptInSilence(const Operation& operation, Through way, long nth, Outcome& outcome) {
+  const int output = ::memfd_create("output", 0);
+  ::dup2(output, STDOUT_FILENO);
+  ::dup2(output, STDERR_FILENO);
+  ::alarm(30);
+  attempt(operation, way, nth, outcome);
+  const bool wrote = ::lseek(output, 0, SEEK_END) > 0;
+  if (outcome.verdict <= badAlloc && wrote) outcome.verdict = printed;
 }
 
 struct Tally {
@@ -177,8 +181,9 @@ Tally sweepWay(const Operation& operation, Through way, const SweepPlan& plan) {
     const std::size_t slot =
         running.size() < static_cast<std::size_t>(plan.processes) ? running.size() : waitForOne();
     shared().outcomes[slot] = {};
-    running.emplace(inNewProcess([&] { fail(operation, way, nth, shared().outcomes[slot]); }),
-                    Running{nth, slot});
+    running.emplace(
+        inNewProcess([&] { attemptInSilence(operation, way, nth, shared().outcomes[slot]); }),
+        Running{nth, slot});
   }
   while (!running.empty()) waitForOne();
   return tally;
@@ -225,15 +230,8 @@ void runOne(const Operation& operation, bool warm, Through way, long nth) {
   endedWell(inNewProcess([&] { expect(operation); }));
   Outcome outcome;
   traceFaults();
-  const std::array<long, 2> before = blocksInUse();
-  planFault(way, nth, &outcome.place);
-  const Verdict verdict = answered(operation);
-  planFault(way, 0, nullptr);
-  const bool next = isExpected(operation.run());
-  const std::array<long, 2> gained = gainedSince(before);
-  std::printf("%s at %s; next %s; blocks more: %ld of libxml2, %ld of operator new\n",
-              kVerdicts[verdict].data(), outcome.place.data(), next ? "right" : "wrong",
-              gained[0] - shared().gained[0], gained[1] - shared().gained[1]);
+  attempt(operation, way, nth, outcome);
+  std::printf("%s at %s\n", kVerdicts[outcome.verdict].data(), outcome.place.data());
 }
 
 bool allKnownFaultsMet() {

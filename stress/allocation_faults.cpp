@@ -38,8 +38,10 @@ int main(int count, char** words) {
   plan.processes = static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, 16U));
   bool good = true;
   for (const Operation& operation : all) {
-    const auto wanted = std::find(arguments.begin(), arguments.end(), operation.name);
-    if (!arguments.empty() && wanted == arguments.end()) continue;
+    const bool wanted = arguments.empty() ? !isShort || !operation.raw
+                                          : std::find(arguments.begin(), arguments.end(),
+                                                      operation.name) != arguments.end();
+    if (!wanted) continue;
     for (const bool warm : {false, true}) {
       plan.warm = warm;
       plan.stride = isShort ? operation.shortStride : 1;

@@ -8,7 +8,8 @@
 
 namespace kestrelink {
 
-/// Why an operation failed.
+/// Why an operation failed. Memory that runs out, the library's own or libxml2's, is no reason that
+/// is told here: the operation throws std::bad_alloc, but for codes 101, 201 and 300.
 ///
 /// Domain "XMLWrapperErrorDomain" (the XML layer):
 ///

@@ -6,7 +6,6 @@
 #include "kestrelink/platform/ResourceBundle.h"
 #include "kestrelink/platform/Text.h"
 #include "kestrelink/platform/UrlText.h"
-#include "kestrelink/xml/AbsoluteUrl.h"
 
 #include "Support.h"
 
@@ -80,13 +79,6 @@ TEST(UrlText, LastPathComponent) {
       {"///", ""},
   };
   for (const auto& [url, expected] : rows) EXPECT_EQ(lastPathComponent(url), expected) << url;
-}
-
-TEST(UrlText, AbsoluteText) {
-  EXPECT_EQ(absoluteUrlText("https://tv.example/ch?x=1"), "https://tv.example/ch?x=1");
-  for (const auto none : {""sv, "http://tv.example/a b"sv, "http://[tv"sv, "a\0b"sv, "%zz"sv}) {
-    EXPECT_EQ(absoluteUrlText(none), std::nullopt) << none;
-  }
 }
 
 TEST(ResourceBundle, NamesNeverLeaveTheFolder) {

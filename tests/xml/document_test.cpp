@@ -2,10 +2,14 @@
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
 
+#include "kestrelink/xml/AbsoluteUrl.h"
+
 #include "Support.h"
 
 namespace kestrelink::testing {
 namespace {
+
+using namespace std::string_view_literals;
 
 void hostsHandler(void* /*context*/, const char* /*format*/, ...) {}
 
@@ -102,6 +106,13 @@ TEST(Document, ThousandsOfNamespacesCostNoElementAnything) {
   const auto found = doc->getResultsByXpathQuery("*");
   ASSERT_EQ(found->size(), 3000u);
   EXPECT_EQ(&found->front()->namespaces().at(2999), &found->back()->namespaces().at(0));
+}
+
+TEST(AbsoluteUrl, IsTheTextItselfOrAbsent) {
+  EXPECT_EQ(absoluteUrlText("https://tv.example/ch?x=1"), "https://tv.example/ch?x=1");
+  for (const auto none : {""sv, "http://tv.example/a b"sv, "http://[tv"sv, "a\0b"sv, "%zz"sv}) {
+    EXPECT_EQ(absoluteUrlText(none), std::nullopt) << none;
+  }
 }
 
 }  // namespace
