@@ -27,7 +27,7 @@ bool isWhiteSpace(char32_t character) {
   }
 }
 
-constexpr bool isAscii(char byte) { return static_cast<unsigned char>(byte) < 0x80; }
+constexpr auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
 
 constexpr bool isAsciiWhiteSpace(char byte) {
   return byte == ' ' || (byte >= '\t' && byte <= '\r');

@@ -79,6 +79,7 @@ void XMLWrapperElement::readNode(::xmlNode* node, XMLTreeReading& reading) {
 }
 
 void XMLWrapperElement::readAttributes(const ::xmlNode* node, XMLTreeReading& reading) {
+  if (node->properties == nullptr) return;
   // Two attributes may share a local name in different namespaces; look-ups go by the local name.
   constexpr std::size_t kFew = 16;
   std::unordered_map<std::string, std::size_t> places;
