@@ -27,7 +27,7 @@ std::shared_ptr<XMLWrapperAttribute> XMLTreeReading::newAttribute() {
     attributes_ = std::make_shared<XMLWrapperAttribute[]>(kAttributesAtOnce);
     attributesUsed_ = 0;
   }
-  return {attributes_, &attributes_[attributesUsed_++]};
+  return {attributes_, attributes_.get() + attributesUsed_++};
 }
 
 }  // namespace kestrelink
