@@ -6,8 +6,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
 #include <new>
-#include <system_error>
 #include <utility>
 
 #include "kestrelink/platform/Immortal.h"
@@ -16,12 +18,16 @@
 namespace kestrelink {
 namespace {
 
-namespace fs = std::filesystem;
+constexpr const char* kBundleIdentifier = "com.norvane.Kestrelink.SAMLFramework";
 
-constexpr std::string_view kBundleIdentifier = "com.norvane.Kestrelink.SAMLFramework";
+// POSIX calls throughout: the standard library's paths would be most of what a cold start loads.
+
+struct Free {
+  void operator()(char* text) const { std::free(text); }
+};
 
 // The file this code was loaded from: the shared library, or the program of a static build.
-fs::path loadedFile() {
+std::string loadedFile() {
   Dl_info information{};
   void* map = nullptr;
   const auto* here = reinterpret_cast<const void*>(&loadedFile);
@@ -29,30 +35,34 @@ fs::path loadedFile() {
   const char* name = static_cast<const link_map*>(map)->l_name;
   // The program itself has no name here, and what it was called by need not be a path.
   const bool isProgram = name == nullptr || *name == '\0';
-  std::error_code failure;
-  fs::path file = fs::canonical(isProgram ? "/proc/self/exe" : name, failure);
-  // To be asked again: "there is no bundle" is remembered.
-  if (failure == std::errc::not_enough_memory) throw std::bad_alloc();
-  return failure ? fs::path() : file;
+  const std::unique_ptr<char, Free> file(::realpath(isProgram ? "/proc/self/exe" : name, nullptr));
+  if (!file && errno == ENOMEM) throw std::bad_alloc();  // "there is none" is remembered
+  return file ? file.get() : std::string();
+}
+
+std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/')); }
+
+bool isFolder(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 // Two levels, because Debian keeps libraries one folder deeper (lib/x86_64-linux-gnu).
 std::optional<ResourceBundle> locateBundle() {
-  const fs::path file = loadedFile();
+  const std::string file = loadedFile();
   if (file.empty()) return std::nullopt;  // gone since it was loaded; never the current folder
-  const fs::path folderOfCode = file.parent_path();
-  for (const fs::path& prefix :
-       {folderOfCode.parent_path(), folderOfCode.parent_path().parent_path()}) {
-    std::error_code failure;
-    fs::path folder = prefix / "share" / kBundleIdentifier;
-    if (fs::is_directory(folder, failure)) return ResourceBundle(std::move(folder));
+  std::string prefix = folderOf(file);
+  for (int level = 0; level < 2; ++level) {
+    prefix = folderOf(prefix);
+    std::string folder = prefix + "/share/" + kBundleIdentifier;
+    if (isFolder(folder)) return ResourceBundle(std::move(folder));
   }
   return std::nullopt;
 }
 
 class FileDescriptor {
  public:
-  explicit FileDescriptor(const fs::path& path)
+  explicit FileDescriptor(const std::string& path)
       : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
   FileDescriptor(const FileDescriptor&) = delete;
   FileDescriptor& operator=(const FileDescriptor&) = delete;
@@ -65,7 +75,7 @@ class FileDescriptor {
   int descriptor_;
 };
 
-std::optional<std::string> readFile(const fs::path& path) {
+std::optional<std::string> readFile(const std::string& path) {
   const FileDescriptor file(path);
   struct stat status {};
   if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
@@ -83,7 +93,7 @@ std::optional<std::string> readFile(const fs::path& path) {
 
 }  // namespace
 
-ResourceBundle::ResourceBundle(fs::path folder) : folder_(std::move(folder)) {}
+ResourceBundle::ResourceBundle(std::string folder) : folder_(std::move(folder)) {}
 
 const ResourceBundle* ResourceBundle::ofLibrary() {
   static const auto& bundle = immortal<std::optional<ResourceBundle>>(locateBundle());
@@ -96,7 +106,7 @@ std::optional<std::string> ResourceBundle::bytes(std::string_view name,
   if (extension) fileName.append(".").append(*extension);
   // A name with a "/" could leave the folder, one with a NUL would be cut off.
   if (fileName.find_first_of(std::string_view("/\0", 2)) != std::string::npos) return std::nullopt;
-  return readFile(folder_ / fileName);
+  return readFile(folder_ + "/" + fileName);
 }
 
 std::optional<std::string> ResourceBundle::text(std::string_view name,

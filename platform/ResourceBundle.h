@@ -1,7 +1,6 @@
 // The library's own resource bundle: a folder of files that belongs to the library.
 #pragma once
 
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,7 +10,7 @@ namespace kestrelink {
 /// A folder of resources, each found by name and extension. A name never leaves the folder.
 class ResourceBundle {
  public:
-  explicit ResourceBundle(std::filesystem::path folder);
+  explicit ResourceBundle(std::string folder);
 
   /// The bundle "com.norvane.Kestrelink.SAMLFramework": that folder in the `share` beside the `lib`
   /// the running library was loaded from (for a static build: beside the program's own folder).
@@ -27,7 +26,7 @@ class ResourceBundle {
                                   std::optional<std::string_view> extension) const;
 
  private:
-  std::filesystem::path folder_;
+  std::string folder_;
 };
 
 }  // namespace kestrelink

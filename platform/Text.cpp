@@ -10,10 +10,9 @@
 namespace kestrelink {
 namespace {
 
-// The property White_Space of the Unicode character database.
+// The property White_Space of the Unicode character database, above ASCII.
 bool isWhiteSpace(char32_t character) {
   switch (character) {
-    case U'\u0020':
     case U'\u0085':
     case U'\u00A0':
     case U'\u1680':
@@ -24,18 +23,19 @@ bool isWhiteSpace(char32_t character) {
     case U'\u3000':
       return true;
     default:
-      return (character >= U'\t' && character <= U'\r') ||
-             (character >= U'\u2000' && character <= U'\u200A');
+      return character >= U'\u2000' && character <= U'\u200A';
   }
 }
 
-constexpr bool isAscii(char byte) { return static_cast<unsigned char>(byte) < 0x80; }
+constexpr auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
+
+constexpr bool isAsciiWhiteSpace(char byte) {
+  return byte == ' ' || (byte >= '\t' && byte <= '\r');
+}
 
 // How many bytes of white space the text begins with: one character's worth, or 0.
 std::size_t leadingWhiteSpace(std::string_view text) {
-  if (isAscii(text.front())) {
-    return isWhiteSpace(static_cast<char32_t>(text.front())) ? 1 : 0;
-  }
+  if (isAscii(text.front())) return isAsciiWhiteSpace(text.front()) ? 1 : 0;
   const char* position = text.data();
   try {
     const char32_t character = utf8::next(position, text.data() + text.size());
@@ -46,9 +46,7 @@ std::size_t leadingWhiteSpace(std::string_view text) {
 }
 
 std::size_t trailingWhiteSpace(std::string_view text) {
-  if (isAscii(text.back())) {
-    return isWhiteSpace(static_cast<char32_t>(text.back())) ? 1 : 0;
-  }
+  if (isAscii(text.back())) return isAsciiWhiteSpace(text.back()) ? 1 : 0;
   const char* const end = text.data() + text.size();
   const char* position = end;
   try {
@@ -62,17 +60,21 @@ std::size_t trailingWhiteSpace(std::string_view text) {
 }  // namespace
 
 bool isUtf8(std::string_view bytes) {
-  // Nearly every text is ASCII: that is known eight bytes at a time.
-  constexpr std::uint64_t kHighBits = 0x8080808080808080;
+  // Nearly every text is ASCII: that is known eight bytes at a time, the last eight once more.
+  constexpr std::size_t kChunk = sizeof(std::uint64_t);
+  const auto chunkIsAscii = [](const char* start) {
+    std::uint64_t chunk = 0;
+    std::memcpy(&chunk, start, kChunk);
+    return (chunk & 0x8080808080808080) == 0;
+  };
   const char* position = bytes.data();
   const char* const end = position + bytes.size();
-  for (std::uint64_t chunk = 0; end - position >= static_cast<std::ptrdiff_t>(sizeof chunk);
-       position += sizeof chunk) {
-    std::memcpy(&chunk, position, sizeof chunk);
-    if ((chunk & kHighBits) != 0) break;
-  }
+  const auto left = [&] { return static_cast<std::size_t>(end - position); };
+  while (left() >= kChunk && chunkIsAscii(position)) position += kChunk;
+  const bool restIsAscii = bytes.size() < kChunk ? std::all_of(position, end, isAscii)
+                                                 : left() < kChunk && chunkIsAscii(end - kChunk);
   // What was passed over ends between two characters.
-  return std::all_of(position, end, isAscii) || utf8::is_valid(position, end);
+  return restIsAscii || utf8::is_valid(position, end);
 }
 
 std::string_view trimmed(std::string_view text) {

@@ -10,7 +10,7 @@
 
 namespace kestrelink {
 
-NamespaceRecords::Position NamespaceRecords::locate(const xmlNs* record) {
+NamespaceRecords::Position& NamespaceRecords::locate(const xmlNs* record) {
   if (const auto known = positions_.find(record); known != positions_.end()) return known->second;
 
   // From the record to the first that is known, or to the end of a list not met before.
@@ -24,27 +24,28 @@ NamespaceRecords::Position NamespaceRecords::locate(const xmlNs* record) {
       unknown.push_back(next);
     }
   }
-  if (list == nullptr) list = lists_.emplace_back(std::make_unique<List>()).get();
+  if (list == nullptr) list = &lists_.emplace_front();
 
   std::for_each(unknown.rbegin(), unknown.rend(), [&](const xmlNs* last) {
     list->entries->push_back(XMLWrapperNamespace::initWithNsNode(last));
     list->lastRecordedAt.push_back(0);
-    positions_.emplace(last, Position{list, list->entries->size()});
+    positions_.emplace(last, Position{list, list->entries->size(), {}});
   });
-  return {list, list->entries->size()};
+  return positions_.at(record);
 }
 
-NamespaceMap NamespaceRecords::recordedFrom(const xmlNs* own) {
-  if (own == nullptr) return {};
-  const auto [list, length] = locate(own);
-  list->lastRecordedAt[length - 1] = ++recordings_;
-  return {list->entries, length};
+const NamespaceMap* NamespaceRecords::recordedFrom(const xmlNs* own) {
+  if (own == nullptr) return nullptr;
+  Position& position = locate(own);
+  position.list->lastRecordedAt[position.length - 1] = ++recordings_;
+  if (position.recorded.empty()) position.recorded = {position.list->entries, position.length};
+  return &position.recorded;
 }
 
 NamespaceMap::Entry NamespaceRecords::namespaceOf(const xmlNs* record) {
   if (record == nullptr) return nullptr;
-  const auto [list, length] = locate(record);
-  return (*list->entries)[length - 1];
+  const Position& position = locate(record);
+  return (*position.list->entries)[position.length - 1];
 }
 
 void NamespaceRecords::registerWith(XMLWrapperQuery& query) const {
@@ -55,10 +56,10 @@ void NamespaceRecords::registerWith(XMLWrapperQuery& query) const {
   std::map<std::string_view, Binding> bindings;
   for (const auto& list : lists_) {
     std::uint64_t recordedAt = 0;
-    for (std::size_t length = list->entries->size(); length > 0; --length) {
+    for (std::size_t length = list.entries->size(); length > 0; --length) {
       // A record is recorded with every suffix that begins at it or before it.
-      recordedAt = std::max(recordedAt, list->lastRecordedAt[length - 1]);
-      const XMLWrapperNamespace& ns = *(*list->entries)[length - 1];
+      recordedAt = std::max(recordedAt, list.lastRecordedAt[length - 1]);
+      const XMLWrapperNamespace& ns = *(*list.entries)[length - 1];
       if (recordedAt == 0 || !ns.prefix()) continue;
       const Binding binding{recordedAt, &ns};
       const auto [earlier, added] = bindings.try_emplace(*ns.prefix(), binding);

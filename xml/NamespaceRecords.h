@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <forward_list>
 #include <memory>
+#include <memory_resource>
 #include <unordered_map>
 #include <vector>
 
@@ -17,9 +19,12 @@ class XMLWrapperQuery;
 /// of elements and attributes that carry it.
 class NamespaceRecords {
  public:
+  explicit NamespaceRecords(std::pmr::memory_resource& memory)
+      : lists_(&memory), positions_(&memory) {}
+
   /// What an element in that namespace records: its own record and those that its `next` links
-  /// lead to, not the element's declarations. Nothing for null.
-  NamespaceMap recordedFrom(const _xmlNs* own);
+  /// lead to, not the element's declarations. Null for null. It lives as long as this does.
+  const NamespaceMap* recordedFrom(const _xmlNs* own);
 
   /// The namespace of an attribute; null for null.
   NamespaceMap::Entry namespaceOf(const _xmlNs* record);
@@ -37,12 +42,13 @@ class NamespaceRecords {
   struct Position {
     List* list;
     std::size_t length;  // of the suffix that begins with the record
+    NamespaceMap recorded;
   };
 
-  Position locate(const _xmlNs* record);
+  Position& locate(const _xmlNs* record);
 
-  std::vector<std::unique_ptr<List>> lists_;
-  std::unordered_map<const _xmlNs*, Position> positions_;
+  std::pmr::forward_list<List> lists_;
+  std::pmr::unordered_map<const _xmlNs*, Position> positions_;
   std::uint64_t recordings_ = 0;
 };
 

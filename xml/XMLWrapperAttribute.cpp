@@ -13,12 +13,17 @@ namespace kestrelink {
 std::shared_ptr<XMLWrapperAttribute> XMLWrapperAttribute::initWithNode(
     const xmlAttr* record, std::shared_ptr<const XMLWrapperNamespace> ns) {
   auto attribute = std::make_shared<XMLWrapperAttribute>();
-  attribute->name_ = viewOf(record->name);
-  attribute->type_ = static_cast<std::int32_t>(record->atype);
-  attribute->ns_ = std::move(ns);
-  const xmlNode* const first = record->children;
-  if (first != nullptr && first->type == XML_TEXT_NODE) attribute->value_ = textOf(first->content);
+  attribute->readNode(record, std::move(ns));
   return attribute;
+}
+
+void XMLWrapperAttribute::readNode(const xmlAttr* record,
+                                   std::shared_ptr<const XMLWrapperNamespace> ns) {
+  name_ = viewOf(record->name);
+  type_ = static_cast<std::int32_t>(record->atype);
+  ns_ = std::move(ns);
+  const xmlNode* const first = record->children;
+  if (first != nullptr && first->type == XML_TEXT_NODE) value_ = textOf(first->content);
 }
 
 bool XMLWrapperAttribute::xmlAttrNodeForNode(DetachedNode& node, ErrorOut error) const {

@@ -25,6 +25,9 @@ class XMLWrapperAttribute {
   static std::shared_ptr<XMLWrapperAttribute> initWithNode(
       const _xmlAttr* record, std::shared_ptr<const XMLWrapperNamespace> ns);
 
+  /// The same for an attribute that is there already.
+  void readNode(const _xmlAttr* record, std::shared_ptr<const XMLWrapperNamespace> ns);
+
   /// The local name, without prefix.
   const std::string& name() const { return name_; }
   void setName(std::string name) { name_ = std::move(name); }

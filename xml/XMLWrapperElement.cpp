@@ -7,6 +7,7 @@
 #include <libxml/tree.h>
 
 #include "kestrelink/platform/DiagnosticLog.h"
+#include "kestrelink/platform/Immortal.h"
 #include "kestrelink/platform/Text.h"
 #include "kestrelink/xml/DetachedNode.h"
 #include "kestrelink/xml/LibxmlDump.h"
@@ -31,6 +32,12 @@ std::size_t lengthOf(const Record* first, Counts counts) {
   return length;
 }
 
+template <class Value>
+const Value& absent() {
+  static const auto& value = immortal<Value>();
+  return value;
+}
+
 }  // namespace
 
 constinit const XMLWrapperElementClass XMLWrapperElement::elementClass{
@@ -52,9 +59,9 @@ const XMLWrapperElementClass& XMLWrapperElement::dynamicClass() const { return *
 std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithNode(
     const XMLWrapperElementClass& asClass, const XmlNodeRef& node,
     const std::shared_ptr<XMLWrapperQuery>& query) {
-  XMLTreeReading reading{node.doc, query, {}};
-  std::shared_ptr<XMLWrapperElement> element = reading.read(asClass, node.node);
-  if (query) reading.namespaces.registerWith(*query);
+  const auto reading = std::make_shared<XMLTreeReading>(node.doc, query);
+  std::shared_ptr<XMLWrapperElement> element = reading->read(asClass, node.node);
+  if (query) reading->namespaces.registerWith(*query);
   return element;
 }
 
@@ -62,18 +69,18 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithNode(
 // here are those that the kind really has.
 void XMLWrapperElement::readNode(::xmlNode* node, XMLTreeReading& reading) {
   node_ = node;
-  tree_ = reading.tree;
-  query_ = reading.query;
-  tagName_ = textOf(node->name);
+  reading_ = reading.shared_from_this();
+  readTagName_ = &reading.nameOf(*node).text;
 
   const bool isElement = node->type == XML_ELEMENT_NODE;
   const bool isAttribute = node->type == XML_ATTRIBUTE_NODE;
-  if (isElement || isAttribute) namespaces_ = reading.namespaces.recordedFrom(node->ns);
+  if (isElement || isAttribute) readNamespaces_ = reading.namespaces.recordedFrom(node->ns);
   if (isElement) readAttributes(node, reading);
   if (isElement || isAttribute || node->type == XML_DOCUMENT_NODE) readChildren(node, reading);
 }
 
 void XMLWrapperElement::readAttributes(const ::xmlNode* node, XMLTreeReading& reading) {
+  if (node->properties == nullptr) return;
   // Two attributes may share a local name in different namespaces; look-ups go by the local name.
   constexpr std::size_t kFew = 16;
   std::unordered_map<std::string, std::size_t> places;
@@ -81,10 +88,10 @@ void XMLWrapperElement::readAttributes(const ::xmlNode* node, XMLTreeReading& re
   for (const xmlAttr* record = node->properties; record != nullptr; record = record->next) {
     const std::string_view name = viewOf(record->name);
     if (!isUtf8(name)) continue;
-    auto attribute =
-        XMLWrapperAttribute::initWithNode(record, reading.namespaces.namespaceOf(record->ns));
+    std::shared_ptr<XMLWrapperAttribute> attribute = reading.newAttribute();
+    attribute->readNode(record, reading.namespaces.namespaceOf(record->ns));
     if (attributes_.size() < kFew) {
-      storeAttribute(std::move(attribute));
+      storeAttribute(name, std::move(attribute));
       continue;
     }
     if (places.empty()) {
@@ -107,8 +114,7 @@ void XMLWrapperElement::readChildren(const ::xmlNode* node, XMLTreeReading& read
       const std::string_view content = viewOf(child->content);
       if (isUtf8(content)) appendText(trimmed(content));
     } else if (child->type == XML_ELEMENT_NODE) {
-      elements_.push_back(
-          reading.read(XMLWrapperElementFactory::sharedInstance().classForXMLNode(child), child));
+      elements_.push_back(reading.read(*reading.nameOf(*child).elementClass, child));
     }
   }
 }
@@ -128,15 +134,29 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithTagName(std::strin
 }
 
 void XMLWrapperElement::startWithTagName(std::string_view tagName) {
-  tagName_ = tagName;
-  madeAs_ = std::make_unique<const std::string>(tagName);
+  own().tagName = tagName;
+  own().madeAs = tagName;
 }
 
 // Properties
 
-const std::optional<std::string>& XMLWrapperElement::tagName() const { return tagName_; }
+XMLWrapperElement::Own& XMLWrapperElement::own() {
+  if (!own_) {
+    own_ = std::make_unique<Own>(Own{.tagName = tagName(),
+                                     .namespaces = namespaces(),
+                                     .query = query(),
+                                     .childElementSequence = std::nullopt,
+                                     .madeAs = std::nullopt});
+  }
+  return *own_;
+}
+
+const std::optional<std::string>& XMLWrapperElement::tagName() const {
+  if (own_) return own_->tagName;
+  return readTagName_ != nullptr ? *readTagName_ : absent<std::optional<std::string>>();
+}
 void XMLWrapperElement::setTagName(std::optional<std::string> tagName) {
-  tagName_ = std::move(tagName);
+  own().tagName = std::move(tagName);
 }
 
 const std::optional<std::string>& XMLWrapperElement::textContent() const { return textContent_; }
@@ -145,15 +165,18 @@ void XMLWrapperElement::setTextContent(std::optional<std::string> textContent) {
 }
 
 const std::optional<std::vector<std::string>>& XMLWrapperElement::childElementSequence() const {
-  return childElementSequence_;
+  return own_ ? own_->childElementSequence : absent<std::optional<std::vector<std::string>>>();
 }
 void XMLWrapperElement::setChildElementSequence(std::optional<std::vector<std::string>> sequence) {
-  childElementSequence_ = std::move(sequence);
+  own().childElementSequence = std::move(sequence);
 }
 
-const std::shared_ptr<XMLWrapperQuery>& XMLWrapperElement::query() const { return query_; }
+const std::shared_ptr<XMLWrapperQuery>& XMLWrapperElement::query() const {
+  if (own_) return own_->query;
+  return reading_ ? reading_->query : absent<std::shared_ptr<XMLWrapperQuery>>();
+}
 void XMLWrapperElement::setQuery(std::shared_ptr<XMLWrapperQuery> query) {
-  query_ = std::move(query);
+  own().query = std::move(query);
 }
 
 // Attributes and namespaces
@@ -172,26 +195,29 @@ void XMLWrapperElement::setAttributeWithName(std::string_view name,
   auto attribute = std::make_shared<XMLWrapperAttribute>();
   attribute->setName(std::string(name));
   if (value) attribute->setValue(std::string(*value));
-  storeAttribute(std::move(attribute));
+  storeAttribute(name, std::move(attribute));
 }
 
-void XMLWrapperElement::storeAttribute(std::shared_ptr<XMLWrapperAttribute> attribute) {
-  for (auto& [name, stored] : attributes_) {
-    if (name == attribute->name()) {
+void XMLWrapperElement::storeAttribute(std::string_view name,
+                                       std::shared_ptr<XMLWrapperAttribute> attribute) {
+  for (auto& [known, stored] : attributes_) {
+    if (known == name) {
       stored = std::move(attribute);
       return;
     }
   }
-  std::string name = attribute->name();
-  attributes_.emplace_back(std::move(name), std::move(attribute));
+  attributes_.emplace_back(name, std::move(attribute));
 }
 
-const NamespaceMap& XMLWrapperElement::namespaces() const { return namespaces_; }
+const NamespaceMap& XMLWrapperElement::namespaces() const {
+  if (own_) return own_->namespaces;
+  return readNamespaces_ != nullptr ? *readNamespaces_ : absent<NamespaceMap>();
+}
 
 void XMLWrapperElement::setNamespace(const std::shared_ptr<const XMLWrapperNamespace>& ns) {
   if (!ns) return;
-  namespaces_.set(ns);
-  if (query_) query_->registerNamespace(*ns);
+  own().namespaces.set(ns);
+  if (own().query) own().query->registerNamespace(*ns);
 }
 
 // Children
@@ -204,10 +230,11 @@ void XMLWrapperElement::setElements(List elements) {
 }
 
 XMLWrapperElement::List XMLWrapperElement::getElementsByTagName(std::string_view tagName) const {
+  const auto isCalled = [tagName](const auto& child) { return child->tagName() == tagName; };
   List found;
-  for (const auto& element : elements_) {
-    if (element->tagName() == tagName) found.push_back(element);
-  }
+  found.reserve(
+      static_cast<std::size_t>(std::count_if(elements_.begin(), elements_.end(), isCalled)));
+  std::copy_if(elements_.begin(), elements_.end(), std::back_inserter(found), isCalled);
   return found;
 }
 
@@ -260,8 +287,8 @@ void XMLWrapperElement::replaceChildElement(const std::shared_ptr<XMLWrapperElem
 
 void XMLWrapperElement::reorderChildElements() {
   List ordered;
-  if (childElementSequence_) {
-    for (const std::string& name : *childElementSequence_) {
+  if (const auto& sequence = childElementSequence()) {
+    for (const std::string& name : *sequence) {
       std::copy_if(elements_.begin(), elements_.end(), std::back_inserter(ordered),
                    [&name](const auto& child) { return child->tagName() == name; });
     }
@@ -273,15 +300,16 @@ void XMLWrapperElement::reorderChildElements() {
 
 std::optional<XMLWrapperElement::List> XMLWrapperElement::getResultsByXpathQuery(
     std::string_view xpath) const {
-  const SharedXmlDoc tree = tree_.lock();
-  if (!query_ || (!tree && !madeAs_)) return std::nullopt;
+  const SharedXmlDoc tree = reading_ ? reading_->tree.lock() : nullptr;
+  const bool madeInMemory = own_ && own_->madeAs;
+  if (!query() || (!tree && !madeInMemory)) return std::nullopt;
   ensureLibxmlParser();
   const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
-  const XmlNodeOwner empty(tree ? nullptr : xmlNewNode(nullptr, xmlTextOf(*madeAs_)));
+  const XmlNodeOwner empty(tree ? nullptr : xmlNewNode(nullptr, xmlTextOf(*own_->madeAs)));
   route.throwIfOutOfMemory();
   std::optional<ErrorInfo> error;
   std::optional<List> results =
-      query_->executeXpathQuery({tree, tree ? node_ : empty.get()}, xpath, &error);
+      query()->executeXpathQuery({tree, tree ? node_ : empty.get()}, xpath, &error);
   if (!results && error) logDiagnostic(error->domain + " " + std::to_string(error->code));
   return results;
 }
@@ -295,16 +323,18 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstResultByXpathQuery(
 // Writing
 
 DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
-  if (!tagName_ || !isXmlName(*tagName_)) {
+  const std::optional<std::string>& name = tagName();
+  if (!name || !isXmlName(*name)) {
     return DetachedNode::refused("An element whose tag name is no XML name cannot be written");
   }
-  DetachedNode node(XmlNodeOwner(xmlNewNode(nullptr, xmlTextOf(*tagName_))));
+  DetachedNode node(XmlNodeOwner(xmlNewNode(nullptr, xmlTextOf(*name))));
   if (!node) return {};
-  if (childElementSequence_) reorderChildElements();
+  if (childElementSequence()) reorderChildElements();
 
-  for (const auto& [name, attribute] : attributes_) attribute->xmlAttrNodeForNode(node, error);
-  for (std::size_t position = 0; position < namespaces_.size(); ++position) {
-    namespaces_.at(position)->xmlNsForNode(node.get(), error);
+  for (const auto& [key, attribute] : attributes_) attribute->xmlAttrNodeForNode(node, error);
+  const NamespaceMap& declared = namespaces();
+  for (std::size_t position = 0; position < declared.size(); ++position) {
+    declared.at(position)->xmlNsForNode(node.get(), error);
   }
   if (node.get()->nsDef != nullptr) xmlSetNs(node.get(), node.get()->nsDef);
   if (textContent_) {

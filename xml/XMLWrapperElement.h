@@ -18,7 +18,7 @@ namespace kestrelink {
 
 class DetachedNode;
 class XMLWrapperQuery;
-struct XMLTreeReading;
+class XMLTreeReading;
 
 /// An XML element: read from a parsed message, or made in memory for a message to be written. It is
 /// the base of every SAML element class.
@@ -129,7 +129,7 @@ class KESTRELINK_TYPE XMLWrapperElement {
   virtual const XMLWrapperElementClass& dynamicClass() const;
 
  protected:
-  friend struct XMLTreeReading;
+  friend class XMLTreeReading;
   friend class XMLWrapperElementClass;
 
   /// Fills a new element from a node.
@@ -141,23 +141,32 @@ class KESTRELINK_TYPE XMLWrapperElement {
   void readAttributes(const _xmlNode* node, XMLTreeReading& reading);
   void readChildren(const _xmlNode* node, XMLTreeReading& reading);
   void appendText(std::string_view text);
-  void storeAttribute(std::shared_ptr<XMLWrapperAttribute> attribute);
+  void storeAttribute(std::string_view name, std::shared_ptr<XMLWrapperAttribute> attribute);
   bool isChild(const std::shared_ptr<XMLWrapperElement>& element) const;
   bool mayAdopt(const std::shared_ptr<XMLWrapperElement>& element) const;
 
-  std::optional<std::string> tagName_;
+  // What few elements have to themselves: those made in memory, and those read and then changed.
+  struct Own {
+    std::optional<std::string> tagName;
+    NamespaceMap namespaces;
+    std::shared_ptr<XMLWrapperQuery> query;
+    std::optional<std::vector<std::string>> childElementSequence;
+    // The name an element made in memory was made with: XPath sees an empty node of that name.
+    std::optional<std::string> madeAs;
+  };
+  Own& own();
+
   std::optional<std::string> textContent_;
   AttributeMap attributes_;
-  NamespaceMap namespaces_;
   List elements_;
-  std::optional<std::vector<std::string>> childElementSequence_;
-  std::shared_ptr<XMLWrapperQuery> query_;
-
   const XMLWrapperElementClass* class_ = &elementClass;
-  _xmlNode* node_ = nullptr;     // in tree_; null for an element made in memory
-  std::weak_ptr<_xmlDoc> tree_;  // never kept alive, never touched when gone
-  // The tag name an element made in memory was made with: XPath sees an empty node of that name.
-  std::unique_ptr<const std::string> madeAs_;
+
+  // What was read lies in the reading, which all its elements share: large messages have many.
+  std::shared_ptr<XMLTreeReading> reading_;  // null for an element made in memory
+  const std::optional<std::string>* readTagName_ = nullptr;
+  const NamespaceMap* readNamespaces_ = nullptr;
+  _xmlNode* node_ = nullptr;  // in the reading's tree
+  std::unique_ptr<Own> own_;
 };
 
 }  // namespace kestrelink

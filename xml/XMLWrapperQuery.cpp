@@ -103,14 +103,13 @@ std::optional<XMLWrapperQuery::Results> XMLWrapperQuery::executeXpathQuery(
   if (nodes == nullptr) return failed(301);
 
   Results elements;
-  XMLTreeReading reading{context.doc, shared_from_this(), {}};
+  const auto reading = std::make_shared<XMLTreeReading>(context.doc, shared_from_this());
   for (int index = 0; index < nodes->nodeNr; ++index) {
     xmlNode* const node = nodes->nodeTab[index];
     if (node->type == XML_NAMESPACE_DECL) continue;
-    elements.push_back(
-        reading.read(XMLWrapperElementFactory::sharedInstance().classForXMLNode(node), node));
+    elements.push_back(reading->read(*reading->nameOf(*node).elementClass, node));
   }
-  reading.namespaces.registerWith(*this);
+  reading->namespaces.registerWith(*this);
   return elements;
 }
 

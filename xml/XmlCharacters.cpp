@@ -18,8 +18,13 @@ bool isXmlCharacter(char32_t character) {
   return character != U'\uFFFE' && character != U'\uFFFF';
 }
 
-// ASCII that needs no further look: most of what is written.
-bool isPlain(char byte) { return (byte >= ' ' && byte < '\x7F') || byte == '\n' || byte == '\t'; }
+// ASCII that needs no further look: most of what is written. (Objects, for algorithms to inline.)
+constexpr auto isPlain = [](char byte) {
+  return (byte >= ' ' && byte < '\x7F') || byte == '\n' || byte == '\t';
+};
+constexpr auto isLetter = [](char byte) {
+  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
+};
 
 struct Range {
   char32_t first, last;
@@ -42,11 +47,9 @@ bool isIn(const Range (&ranges)[Count], char32_t character) {
 }
 
 bool isName(std::string_view name, bool colonAllowed) {
-  const auto isLetter = [](char byte) {
-    return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
-  };
-  if (name.empty() || !isUtf8(name)) return false;
+  if (name.empty()) return false;
   if (std::all_of(name.begin(), name.end(), isLetter)) return true;
+  if (!isUtf8(name)) return false;
   for (auto position = name.begin(); position != name.end();) {
     const bool atStart = position == name.begin();
     const char32_t character = utf8::unchecked::next(position);

@@ -8,6 +8,7 @@ namespace kestrelink {
 
 std::vector<std::string> textsOf(const XMLWrapperElement::List& elements) {
   std::vector<std::string> texts;
+  texts.reserve(elements.size());
   for (const auto& element : elements) {
     if (const auto& text = element->textContent()) texts.push_back(*text);
   }

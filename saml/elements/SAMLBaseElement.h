@@ -67,7 +67,8 @@ class KESTRELINK_TYPE SAMLBaseElement : public XMLWrapperElement {
   static std::vector<std::shared_ptr<Element>> childrenOf(const XMLWrapperElement& parent,
                                                           std::string_view tagName) {
     std::vector<std::shared_ptr<Element>> found;
-    for (const auto& element : parent.getElementsByTagName(tagName)) {
+    for (const auto& element : parent.elements()) {
+      if (element->tagName() != tagName) continue;
       if (auto typed = std::dynamic_pointer_cast<Element>(element)) {
         found.push_back(std::move(typed));
       }
