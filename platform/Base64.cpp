@@ -1,43 +1,35 @@
 #include "kestrelink/platform/Base64.h"
 
-#include <cstddef>
+#include <algorithm>
+#include <iterator>
+#include <string>
+
+#include <nettle/base64.h>
 
 namespace kestrelink {
 namespace {
 
-std::optional<unsigned> sixBitsOf(char character) {
-  constexpr std::string_view kAlphabet =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  const std::size_t place = kAlphabet.find(character);
-  if (place == std::string_view::npos) return std::nullopt;
-  return static_cast<unsigned>(place);
+bool isInAlphabet(char byte) {
+  return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z') ||
+         (byte >= '0' && byte <= '9') || byte == '+' || byte == '/' || byte == '=';
 }
 
 }  // namespace
 
-// Done here, because a library for it would cost a cold start more than all that uses it.
 std::optional<std::vector<std::uint8_t>> decodeBase64(std::string_view text) {
-  std::vector<std::uint8_t> bytes;
-  bytes.reserve(text.size() / 4 * 3);
-  unsigned word = 0;
-  unsigned bits = 0;  // of the word that are in no byte yet
-  unsigned padding = 0;
-  for (const char character : text) {
-    if (character == '=') {
-      const bool leftOver = (word & ((1U << bits) - 1)) != 0;
-      if (bits == 0 || padding > 2 || leftOver) return std::nullopt;
-      ++padding;
-      bits -= 2;
-    } else if (const auto six = sixBitsOf(character)) {
-      if (padding > 0) return std::nullopt;
-      word = (word << 6) | *six;
-      bits += 6;
-      if (bits < 8) continue;
-      bits -= 8;
-      bytes.push_back(static_cast<std::uint8_t>(word >> bits));
-    }
+  std::string encoded;
+  encoded.reserve(text.size());
+  std::copy_if(text.begin(), text.end(), std::back_inserter(encoded), isInAlphabet);
+
+  base64_decode_ctx context;
+  base64_decode_init(&context);
+  std::vector<std::uint8_t> bytes(BASE64_DECODE_LENGTH(encoded.size()));
+  std::size_t length = bytes.size();
+  if (base64_decode_update(&context, &length, bytes.data(), encoded.size(), encoded.data()) == 0 ||
+      base64_decode_final(&context) == 0) {
+    return std::nullopt;
   }
-  if (bits != 0) return std::nullopt;
+  bytes.resize(length);
   return bytes;
 }
 
