@@ -38,13 +38,38 @@ const Value& absent() {
   return value;
 }
 
+// Writing goes down by recursion. Nobody misses what lies deeper: libxml2 reads 256 levels.
+constexpr int kDeepestWritten = 1000;
+constinit thread_local int levelsAbove = 0;
+
+class WrittenLevel {
+ public:
+  WrittenLevel() { ++levelsAbove; }
+  ~WrittenLevel() { --levelsAbove; }
+  WrittenLevel(const WrittenLevel&) = delete;
+  WrittenLevel& operator=(const WrittenLevel&) = delete;
+};
+
 }  // namespace
 
 constinit const XMLWrapperElementClass XMLWrapperElement::elementClass{
     "XMLWrapperElement", &makeElementInstance<XMLWrapperElement>};
 
 XMLWrapperElement::XMLWrapperElement() = default;
-XMLWrapperElement::~XMLWrapperElement() = default;
+
+// Not by recursion: a client can make a tree of any depth. Nor with memory of its own: while the
+// children of an element are taken apart, the element keeps what still waits, first in their list.
+XMLWrapperElement::~XMLWrapperElement() {
+  List waiting = std::move(elements_);
+  while (!waiting.empty()) {
+    std::shared_ptr<XMLWrapperElement> next = std::move(waiting.back());
+    waiting.pop_back();
+    while (next.use_count() == 1 && !next->elements_.empty()) {
+      waiting.swap(next->elements_);
+      if (!next->elements_.empty()) next.swap(waiting.front());
+    }
+  }
+}
 
 std::shared_ptr<XMLWrapperElement> XMLWrapperElementClass::makeInstance() const {
   std::shared_ptr<XMLWrapperElement> instance = maker_();
@@ -216,8 +241,9 @@ const NamespaceMap& XMLWrapperElement::namespaces() const {
 
 void XMLWrapperElement::setNamespace(const std::shared_ptr<const XMLWrapperNamespace>& ns) {
   if (!ns) return;
+  // In this order: the reference may be to an entry of the list that is replaced.
+  if (query()) query()->registerNamespace(*ns);
   own().namespaces.set(ns);
-  if (own().query) own().query->registerNamespace(*ns);
 }
 
 // Children
@@ -252,13 +278,20 @@ bool XMLWrapperElement::isChild(const std::shared_ptr<XMLWrapperElement>& elemen
 
 bool XMLWrapperElement::mayAdopt(const std::shared_ptr<XMLWrapperElement>& element) const {
   if (!element) return false;
-  const auto holdsThis = [this](const auto& self, const XMLWrapperElement& candidate) -> bool {
-    return &candidate == this ||
-           std::any_of(candidate.elements_.begin(), candidate.elements_.end(),
-                       [&self](const auto& child) { return self(self, *child); });
-  };
-  if (!holdsThis(holdsThis, *element)) return true;
+  if (!element->holds(*this)) return true;
   logDiagnostic("An element cannot be added below itself");
+  return false;
+}
+
+bool XMLWrapperElement::holds(const XMLWrapperElement& sought) const {
+  if (elements_.empty()) return this == &sought;
+  std::vector<const XMLWrapperElement*> unseen = {this};
+  while (!unseen.empty()) {
+    const XMLWrapperElement* const element = unseen.back();
+    unseen.pop_back();
+    if (element == &sought) return true;
+    for (const auto& child : element->elements_) unseen.push_back(child.get());
+  }
   return false;
 }
 
@@ -323,6 +356,10 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstResultByXpathQuery(
 // Writing
 
 DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
+  if (levelsAbove == kDeepestWritten) {
+    return DetachedNode::refused("An element below 1000 others cannot be written");
+  }
+  const WrittenLevel level;
   const std::optional<std::string>& name = tagName();
   if (!name || !isXmlName(*name)) {
     return DetachedNode::refused("An element whose tag name is no XML name cannot be written");

@@ -78,6 +78,8 @@ class KESTRELINK_TYPE XMLWrapperElement {
   /// known to XPath. Null is ignored.
   virtual void setNamespace(const std::shared_ptr<const XMLWrapperNamespace>& ns);
 
+  /// The list itself, not a copy: what changes the element's children ends any walk over it. Walk
+  /// over a copy, or over `getElementsByTagName`, to change them on the way.
   virtual const List& elements() const;
   virtual void setElements(List elements);
   /// The direct children of exactly that local name, in order.
@@ -118,7 +120,7 @@ class KESTRELINK_TYPE XMLWrapperElement {
   /// A new libxml2 node with its subtree, as the element is now; absent when the tag name is no XML
   /// name. Brings the children into their order, for good. Characters that XML forbids are written
   /// as U+FFFD; an attribute (code 204) or namespace (code 205) whose name is no XML name is not
-  /// written.
+  /// written, nor is what lies more than 1000 levels deep.
   virtual DetachedNode xmlNode(ErrorOut error = nullptr);
   /// The element as indented XML text. Codes 204 and 205 as above may stay though it is written;
   /// absent, with code 101 of "XMLWrapperErrorDomain" when no
@@ -144,6 +146,7 @@ class KESTRELINK_TYPE XMLWrapperElement {
   void storeAttribute(std::string_view name, std::shared_ptr<XMLWrapperAttribute> attribute);
   bool isChild(const std::shared_ptr<XMLWrapperElement>& element) const;
   bool mayAdopt(const std::shared_ptr<XMLWrapperElement>& element) const;
+  bool holds(const XMLWrapperElement& sought) const;
 
   // What few elements have to themselves: those made in memory, and those read and then changed.
   struct Own {

@@ -129,6 +129,7 @@ TEST(SAMLDate, DropsFractionsAndComparesWithTimePointsExactly) {
   EXPECT_EQ(SAMLStringFromDate(SAMLDate(system_clock::time_point(std::chrono::milliseconds(-1)))),
             "1969-12-31T23:59:59Z");
   EXPECT_LT(SAMLDate(half), half);
+  EXPECT_EQ(system_clock::time_point(SAMLDate(half)), half - std::chrono::milliseconds(500));
   EXPECT_GT(SAMLDate(std::chrono::sys_seconds(std::chrono::seconds(2))), half);
 
   const SAMLDate never = *SAMLDateFromString("9999-12-31T23:59:59Z");

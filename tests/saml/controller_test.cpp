@@ -1,6 +1,5 @@
 #include <fstream>
 #include <iterator>
-#include <thread>
 
 #include "Support.h"
 
@@ -88,25 +87,6 @@ TEST(Controller, WithoutASchemaAnyWellFormedResponseIsJudged) {
   EXPECT_TRUE(controller.parseResponse("<Response/>"));
   EXPECT_FALSE(controller.parseResponse("<Request/>"));
   EXPECT_TRUE(controller.parseCachedResponse("<Request/>"));
-}
-
-TEST(Controller, ManyThreadsAtOnce) {
-  const std::string text = sample();
-  std::vector<std::thread> threads;
-  std::atomic<int> accepted{0};
-  for (int thread = 0; thread < 6; ++thread) {
-    threads.emplace_back([&] {
-      for (int round = 0; round < 10; ++round) {
-        const auto response = SAMLParserController::sharedInstance().parseResponse(text);
-        if (response && response->getResultsByXpathQuery("//saml:Attribute")->size() == 8 &&
-            response->responseElement()->xmlString()) {
-          ++accepted;
-        }
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(accepted, 60);
 }
 
 }  // namespace

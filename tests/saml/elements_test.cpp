@@ -34,6 +34,8 @@ TEST(MadeElements, NamespacesAndNames) {
       {SAMLAuthZDecision::createElement(), "<saml:AuthzDecisiontStatement" + saml},
       {SAMLEvidence::createElement(), "<saml:Element" + saml},
       {SAMLAdvice::createElement(), "<saml:Advice" + saml},
+      {SAMLIDPEntry::createElement(), "<samlp:IDPEntry" + samlp},
+      {SAMLRequestedAuthNContext::createElement(), "<samlp:RequestedAuthnContext" + samlp},
       {SAMLSignature::createElement(), "<ds:Signature" + ds},
       {SAMLSignatureReference::createElement(), "<Reference/>"},
       {SAMLKeyInfo::createElement(), "<ds:KeyInfo" + ds},
@@ -45,6 +47,47 @@ TEST(MadeElements, NamespacesAndNames) {
       {SAMLKeyRetrievalMethod::createElement(), "<RetrievalMethod/>"},
   };
   for (const auto& [element, expected] : rows) EXPECT_EQ(element->xmlString(), expected);
+  // Those that write nothing while they are empty.
+  EXPECT_EQ(SAMLSignedInfo::createElement()->namespaces().at(0)->prefix(), "ds");
+  EXPECT_EQ(SAMLSubjectConfirmation::createElement()->namespaces().at(0)->prefix(), "saml");
+}
+
+template <class Request>
+void readsItsOwn(const std::string& name) {
+  const auto request =
+      root<Request>("<" + name +
+                    " ID='_i' IssueInstant='2020-01-01T00:00:00Z' Destination='d' Decision='e' "
+                    "Consent='c'><Issuer>i</Issuer><Signature/></" +
+                    name + ">");
+  EXPECT_EQ(request->identifier(), "_i") << name;
+  EXPECT_EQ(SAMLStringFromDate(request->issueInstant()), "2020-01-01T00:00:00Z") << name;
+  EXPECT_EQ(request->destination(), name == "AttributeQuery" ? "e" : "d");
+  EXPECT_EQ(request->consent(), "c") << name;
+  EXPECT_TRUE(request->signature()) << name;
+  EXPECT_EQ(request->firstElementByTagName("Issuer")->textContent(), "i");
+  if constexpr (requires { request->setDestination("new"); }) {
+    request->setDestination("new");
+    EXPECT_EQ(request->attributeWithName("Destination")->value(), "new") << name;
+  }
+}
+
+TEST(RequestElements, ReadTheirOwn) {
+  readsItsOwn<SAMLAuthNRequestElement>("AuthnRequest");
+  readsItsOwn<SAMLAttributeQueryElement>("AttributeQuery");
+  readsItsOwn<SAMLAuthZDecisionQueryElement>("AuthzDecisionQuery");
+  readsItsOwn<SAMLLogoutRequestElement>("LogoutRequest");
+  const auto authn = root<SAMLAuthNRequestElement>(
+      "<AuthnRequest><NameIdPolicy Format='f' AllowCreate='true'/><Scoping/></AuthnRequest>");
+  EXPECT_EQ(authn->nameIdPolicy()->format(), "f");
+  EXPECT_EQ(authn->nameIdPolicy()->allowCreation(), "true");
+  EXPECT_TRUE(authn->scoping());
+  const auto authz =
+      root<SAMLAuthZDecisionQueryElement>("<AuthzDecisionQuery><Element/></AuthzDecisionQuery>");
+  EXPECT_TRUE(authz->evidence());
+  EXPECT_EQ(root<SAMLAttributeQueryElement>("<AttributeQuery><Attribute/></AttributeQuery>")
+                ->samlAttributes()
+                .size(),
+            1u);
 }
 
 TEST(Assertion, ReadsDirectChildrenAlone) {
@@ -298,8 +341,17 @@ TEST(Signature, Reading) {
   EXPECT_EQ(key->keyValue()->rsaKeyValue()->exponent(), kAbc);
   EXPECT_EQ(key->keyValue()->dsaKeyValue()->p(), kAbc);
   EXPECT_EQ(key->keyValue()->dsaKeyValue()->q(), std::nullopt);
+  const auto dsa = root<SAMLDSAKeyValue>(
+      "<DSAKeyValue><G>Zw==</G><Y>eQ==</Y><J>ag==</J>"
+      "<Seed>cw==</Seed></DSAKeyValue>");
+  EXPECT_EQ(dsa->g()->at(0), 'g');
+  EXPECT_EQ(dsa->y()->at(0), 'y');
+  EXPECT_EQ(dsa->j()->at(0), 'j');
+  EXPECT_EQ(dsa->seed()->at(0), 's');
+  EXPECT_EQ(root<SAMLKeyInfo>("<KeyInfo ID='_k'/>")->identifier(), "_k");
   EXPECT_EQ(key->keyValue()->dsaKeyValue()->pgenCounter(), kAbc);
   EXPECT_EQ(key->retrievalMethod()->uri(), "u");
+  EXPECT_EQ(key->retrievalMethod()->type(), "t");
   EXPECT_EQ(key->retrievalMethod()->transforms(), Texts{"2"});
   // Looked up with a prefix, which no parsed tag name has.
   EXPECT_EQ(key->x509Data()->certificate(), std::nullopt);
@@ -320,6 +372,15 @@ TEST(Signature, NamesWithAPrefixAreFoundInTreesMadeWithThem) {
   const auto serial = child(data, "ds:X509IssuerSerial", "");
   child(serial, "ds:X509IssuerName", "CN=tv");
   child(serial, "dsSerialNumber", "7");
+  child(data, "ds:X509SubjectName", "CN=s");
+  child(data, "ds:X509SKI", "c2tp");
+  child(data, "ds:X509CRL", "YWJj");
+  EXPECT_EQ(data->subjectName(), "CN=s");
+  EXPECT_EQ(data->ski()->size(), 3u);
+  EXPECT_EQ(data->crl(), kAbc);
+  const auto pgp = SAMLPGPData::createElement();
+  child(pgp, "ds:PGPKeyPacket", "YWJj");
+  EXPECT_EQ(pgp->packet(), kAbc);
   EXPECT_EQ(data->certificate(), kAbc);
   EXPECT_EQ(data->issuerName(), "CN=tv");
   EXPECT_EQ(data->serialNumber(), 7.0);

@@ -105,6 +105,11 @@ TEST_F(Requests, GoldenTexts) {
     const auto again = XMLWrapperDoc::initWithData(bytes(expected), nullptr);
     EXPECT_EQ(again->xmlString(), expected);
   }
+  EXPECT_EQ(attributes->channelId(), "HARBOUR");
+  EXPECT_EQ(authz->channelId(), "HARBOUR");
+  EXPECT_EQ(logout->issuer(), "https://tv.example");
+  EXPECT_EQ(logout->reason(), "bye");
+  EXPECT_EQ(SAMLStringFromDate(logout->notOnOrAfter()), "9999-12-31T23:59:59Z");
 }
 
 TEST_F(Requests, SettersThatAddAndSettersThatReplace) {
@@ -199,6 +204,9 @@ TEST_F(Requests, ScopingAndContext) {
       "</RequestedAuthnContext>");
   EXPECT_EQ(context->comparison(), "exact");
   EXPECT_EQ(context->classRef(), std::nullopt);
+  context->addChildElement(XMLWrapperElement::initWithTagName("saml:AuthnContextDeclRef"));
+  context->elements().back()->setTextContent("d");
+  EXPECT_EQ(context->declRef(), "d");
 }
 
 TEST_F(Requests, WhateverTextIsSetTheMessageCanBeRead) {

@@ -1,6 +1,7 @@
 // What a response answers, over inline XML and with the clock at 2020-01-01T00:00:00Z.
 
 #include "kestrelink/saml/elements/SAMLNames.h"
+#include "kestrelink/xml/XMLWrapperElementFactory.h"
 
 #include "Support.h"
 
@@ -156,6 +157,26 @@ TEST(Response, DecisionsForAUrl) {
   EXPECT_EQ(response->authorizationStatusForResource("https://tv.example/2"), "Indeterminate");
   for (const auto none : {"https://tv.example/3", "https://TV.example/1", "not a URL", ""}) {
     EXPECT_EQ(response->authorizationStatusForResource(none), std::nullopt) << none;
+  }
+}
+
+struct RefusedSignature : SAMLSignature {
+  bool isValid() const override { return false; }
+};
+
+// A signature class of the client's own, or of a later version, is heeded.
+TEST(Response, ASignatureThatSaysNoIsHeeded) {
+  static const XMLWrapperElementClass refused("Refused", &makeElementInstance<RefusedSignature>);
+  SAMLParserController::sharedInstance();
+  XMLWrapperElementFactory::registerClass(&refused, "Signature");
+  const std::string signedAssertion = assertion("<Signature/>");
+  const auto ownSignature = read("<Response><Signature/></Response>");
+  const auto assertions = read("<Response>" + signedAssertion + "</Response>");
+  XMLWrapperElementFactory::registerClass(&SAMLSignature::elementClass, "Signature");
+  for (const auto& response : {ownSignature, assertions}) {
+    std::optional<ErrorInfo> error;
+    EXPECT_FALSE(response->isValid(&error));
+    EXPECT_EQ(text(error), "SAMLParserErrorDomain 500");
   }
 }
 

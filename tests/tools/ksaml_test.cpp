@@ -94,6 +94,12 @@ TEST(Ksaml, SaysWhyForPeople) {
       {kGolden + "expired.xml",
        {"rejected: now is outside the time window", "SAMLParserErrorDomain 401", "expired by ",
         "User            erin\n"}},
+      {"--cached " + kGolden + "not-a-response.xml",
+       {"its root is no response: nothing was judged"}},
+      {kGolden + "needs-ui.xml", {"show the provider's sign-in user interface"}},
+      {"--no-schema --resource https://tv.example/ch/1 --resource '\033[31m' " + kGolden +
+           "entitlements.xml",
+       {"Permit", "\\u001b[31m"}},
       {kGolden + "no-conditions.xml", {"no assertion has conditions"}},
       {kGolden + "invalid.xml",
        {"not found valid against the SAML 2.0 protocol schema", "ERROR 1845", "line 3"}},

@@ -91,6 +91,11 @@ TEST(Document, ParsingAnewLeavesEarlierElementsSafe) {
   EXPECT_EQ(earlier->xmlString(), "<r>\n  <c/>\n</r>");
   EXPECT_EQ(doc->createDocumentElement()->tagName(), "s");
   EXPECT_EQ(doc->xmlString(), "<r>\n  <c/>\n</r>");
+
+  doc->setSchemaData(bytes("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'/>"));
+  std::optional<ErrorInfo> error;
+  EXPECT_FALSE(doc->createDocument(&error));
+  EXPECT_EQ(text(error), "XMLWrapperErrorDomain 100");
 }
 
 TEST(Document, ThousandsOfNamespacesCostNoElementAnything) {

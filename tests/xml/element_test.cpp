@@ -251,5 +251,44 @@ TEST(ElementLifetime, ElementsOutliveTheirDocument) {
   EXPECT_EQ(found->firstResultByXpathQuery("."), nullptr);
 }
 
+// What a caller may hold while it changes the element that it came from.
+TEST(ElementLifetime, WhatIsGivenBackToItsOwner) {
+  const auto doc = read("<p:r xmlns:p='urn:p' a='1'><b><c/></b><d/></p:r>");
+  const auto element = doc->documentElement();
+  element->setNamespace(element->namespaces().at(0));
+  element->setNamespace(element->namespaces().at(0));
+  element->replaceChildElement(element->elements()[0], element->elements()[0]->elements()[0]);
+  EXPECT_EQ(names(element->elements()), "c d ");
+  element->setAttributeWithName(*element->attributes()[0].second->value(),
+                                element->attributes()[0].first);
+  element->setTagName(element->tagName());
+  for (const auto& child : Element::List(element->elements())) element->removeChildElement(child);
+  EXPECT_EQ(element->attributes().size(), 2u);
+}
+
+TEST(ElementLifetime, AnyDepthIsTakenApart) {
+  auto top = made("top");
+  const auto kept = made("kept");
+  std::shared_ptr<Element> bottom = top;
+  for (int level = 0; level < 200000; ++level) {
+    const auto next = made("c");
+    bottom->addChildElement(next);
+    if (level % 3 == 0) bottom->addChildElement(level == 3000 ? kept : made("x"));
+    if (level % 5 == 0) bottom->addChildElement(made("x"), next);
+    bottom = next;
+  }
+  const std::weak_ptr<Element> last = bottom;
+  const LogCapture log;
+  bottom->addChildElement(top);
+  EXPECT_TRUE(top->xmlString());
+  EXPECT_EQ(LogCapture::lines()[1], "An element below 1000 others cannot be written (2 times)");
+  kept->addChildElement(made("c"));
+  EXPECT_TRUE(bottom->elements().empty());
+  bottom.reset();
+  top.reset();
+  EXPECT_TRUE(last.expired());
+  EXPECT_EQ(names(kept->elements()), "c ");
+}
+
 }  // namespace
 }  // namespace kestrelink::testing

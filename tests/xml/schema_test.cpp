@@ -58,6 +58,17 @@ TEST(Schema, ImportsComeFromTheBundleWhateverTheirLocation) {
   }
 }
 
+TEST(Schema, WarningsAreLogged) {
+  const LogCapture log;
+  const std::string import =
+      "<xs:import namespace='http://www.w3.org/2001/04/xmlenc#' "
+      "schemaLocation='";
+  EXPECT_TRUE(XMLWrapperSchema::initWithSchemaData(
+      schema(import + "xenc-schema.xsd'/>" + import + "other.xsd'/><xs:element name='r'/>")));
+  ASSERT_FALSE(LogCapture::lines().empty());
+  EXPECT_EQ(LogCapture::lines()[0].rfind("XML SCHEMA VALIDITY WARNING: ", 0), 0u);
+}
+
 TEST(Schema, TheEntityLoaderServesTheBundleAndNothingElse) {
   ASSERT_TRUE(XMLWrapperSchema::initWithSchemaData(schema("<xs:element name='r'/>")));
   EXPECT_EQ(xmlGetExternalEntityLoader(), &XMLWExternalEntityLoader);
