@@ -77,8 +77,10 @@ const XMLWrapperElementClass* XMLWrapperElementFactory::elementClassByTagName(
 unsigned XMLWrapperElementFactory::elementTypeByTagName(std::string_view /*tagName*/) { return 0; }
 
 const XMLWrapperElementClass& XMLWrapperElementFactory::classForXMLNode(const xmlNode* node) const {
-  const XMLWrapperElementClass* registered = elementClassByTagName(viewOf(node->name));
-  return registered ? *registered : *elementClassByTagName(kXMLWrapperDefaultElementKey);
+  for (const std::string_view name : {viewOf(node->name), kXMLWrapperDefaultElementKey}) {
+    if (const XMLWrapperElementClass* registered = elementClassByTagName(name)) return *registered;
+  }
+  return XMLWrapperElement::elementClass;
 }
 
 }  // namespace kestrelink

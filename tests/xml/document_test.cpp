@@ -41,6 +41,11 @@ TEST(Document, WhatYieldsADocument) {
     EXPECT_EQ(text(error), row.error) << row.xml;
   }
   EXPECT_EQ(XMLWrapperDoc::initWithData(nullptr, nullptr), nullptr);
+
+  std::string references = "<!DOCTYPE r [<!ENTITY e 'x'>]><r>";
+  for (int count = 0; count < 100; ++count) references += "&e;";
+  EXPECT_TRUE(read(references + "</r>"));
+  EXPECT_FALSE(read(references + "&e;</r>"));
 }
 
 TEST(Document, ErrorsGoToTheLogWithoutTheMessagesText) {
