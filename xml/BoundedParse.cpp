@@ -21,7 +21,7 @@ constexpr std::size_t kShortestTag =  // with more of them
 constexpr std::size_t kMostBytesWithDocumentType = 16'384;
 constexpr int kMostEntityReferences = 100;
 constexpr std::size_t kComparisonsOfAnyMessage = 100'000'000;
-constexpr std::size_t kComparisonsPerByte = 100;
+constexpr std::size_t kComparisonsPerByte = 20;
 
 // Every attribute has a quote after its "=", and no "<" stands in a tag.
 bool hasManyAttributes(std::string_view betweenTags) {

@@ -1,7 +1,10 @@
 #include "kestrelink/xml/LibxmlErrorRoute.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <new>
+#include <string_view>
 
 #include "kestrelink/platform/DiagnosticLog.h"
 
@@ -13,6 +16,16 @@ constexpr int kMostLines = 8;
 
 std::array<int, 4> identityOf(const xmlError& error) {
   return {error.domain, error.code, error.line, error.int2};
+}
+
+// libxml2 gives the code of memory to texts beyond its own limits, too: to a text and an attribute
+// of ten megabytes, to sets and URLs. A hostile message must not pass for a machine without memory.
+bool isLimit(const xmlError& error) {
+  const std::string_view message = error.message == nullptr ? "" : error.message;
+  constexpr std::string_view kLimits[] = {"huge", "overflow", "too long", "limit"};
+  return std::any_of(std::begin(kLimits), std::end(kLimits), [message](std::string_view limit) {
+    return message.find(limit) != std::string_view::npos;
+  });
 }
 
 template <typename... Numbers>
@@ -63,7 +76,9 @@ void LibxmlErrorRoute::generic(void* route, const char* /*format*/, ...) noexcep
 }
 
 void LibxmlErrorRoute::report(const xmlError& error) noexcept {
-  if (error.code == XML_ERR_NO_MEMORY) outOfMemory_ = true;
+  // An attribute that is too long is reported twice, the second time as memory.
+  const bool isTooLong = isLimit(error) || lastReported_[1] == XML_ERR_ATTRIBUTE_NOT_FINISHED;
+  if (error.code == XML_ERR_NO_MEMORY && !isTooLong) outOfMemory_ = true;
   lastReported_ = identityOf(error);
   if (++count_ > kMostLines) return;
   logNumbers("libxml2: error domain %d code %d line %d", error.domain, error.code, error.line);
