@@ -59,7 +59,7 @@ std::string attack(const std::filesystem::path& path) {
 long peakOf(const std::function<void()>& work) {
   const pid_t child = fork();
   if (child == 0) {
-    alarm(60);
+    alarm(300);
     work();
     _exit(0);
   }

@@ -16,7 +16,7 @@ std::string contentOf(const std::filesystem::path& path);
 std::string attack(const std::filesystem::path& path);
 
 /// The peak memory, in KB, of a process of its own that does nothing but this; -1 when it does not
-/// end by itself within a minute.
+/// end by itself within five minutes.
 long peakOf(const std::function<void()>& work);
 
 }  // namespace fuzz
