@@ -14,10 +14,17 @@
 #include "kestrelink/saml/KestrelinkSAML.h"
 #include "kestrelink/saml/elements/SAMLDateText.h"
 
+#include "fuzz/Attack.h"
+
 namespace kestrelink::testing {
 
 inline SharedBytes bytes(std::string_view text) {
   return std::make_shared<const std::string>(text);
+}
+
+/// What a file of the project contains.
+inline std::string file(std::string_view name) {
+  return fuzz::contentOf(SOURCE_DIR "/" + std::string(name));
 }
 
 /// The document of an inline message, read without a schema and with the SAML classes registered.
@@ -38,6 +45,32 @@ std::shared_ptr<Element> root(std::string_view xml) {
 /// "domain code", or "none".
 inline std::string text(const std::optional<ErrorInfo>& error) {
   return error ? error->domain + " " + std::to_string(error->code) : "none";
+}
+
+/// An answer as text: "-" when it is absent, "<Name>" for an element, "[one two]" for a list.
+template <class Answer>
+std::string shown(const Answer& answer) {
+  if constexpr (requires { answer->tagName(); }) {
+    return answer ? "<" + answer->tagName().value_or("") + ">" : "-";
+  } else if constexpr (requires { answer.value(); }) {
+    return answer ? shown(*answer) : "-";
+  } else if constexpr (std::is_same_v<Answer, SAMLDate>) {
+    return *SAMLStringFromDate(answer);
+  } else if constexpr (std::is_arithmetic_v<Answer>) {
+    return std::to_string(static_cast<int>(answer));
+  } else if constexpr (std::is_convertible_v<decltype(*answer.begin()), char>) {
+    return {answer.begin(), answer.end()};
+  } else {
+    std::string all;
+    for (const auto& one : answer) all += (all.empty() ? "" : " ") + shown(one);
+    return "[" + all + "]";
+  }
+}
+
+/// Several answers, with a blank between them.
+template <class Answer, class... More>
+std::string shown(const Answer& answer, const More&... more) requires(sizeof...(more) > 0) {
+  return shown(answer) + ((" " + shown(more)) + ...);
 }
 
 /// The clock of the library stands still while it lives.

@@ -8,8 +8,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <locale>
 #include <sstream>
 
@@ -73,8 +71,7 @@ std::string processState() {
 
 void useEverything() {
   const auto& controller = SAMLParserController::sharedInstance();
-  std::ifstream file(SOURCE_DIR "/examples/answer.xml");
-  const std::string good{std::istreambuf_iterator<char>(file), {}};
+  const std::string good = file("examples/answer.xml");
   std::vector<std::string> texts = {
       good,
       "MARKER\xFF",

@@ -78,7 +78,7 @@ TEST(Attacks, EndSoonAndTakeLittleMemory) {
 void readAll(const std::function<std::string(const std::string&, std::size_t)>& damaged) {
   constexpr std::size_t kStep = kSanitized ? 29 : 1;
   fuzz::start();
-  const std::string sample = fuzz::contentOf(SOURCE_DIR "/examples/answer.xml");
+  const std::string sample = file("examples/answer.xml");
   for (std::size_t at = 0; at < sample.size(); ++at) {
     const std::string message = damaged(sample, at);
     fuzz::responseWithoutSchema(message);
