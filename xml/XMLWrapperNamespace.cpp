@@ -13,7 +13,7 @@ std::shared_ptr<XMLWrapperNamespace> XMLWrapperNamespace::initWithNsNode(const x
 }
 
 xmlNs* XMLWrapperNamespace::xmlNsForNode(xmlNode* node, ErrorOut error) const {
-  const auto replaced = href_ ? replacementFor(*href_) : std::nullopt;
+  const auto replaced = href_ ? replacementForNamespaceName(*href_) : std::nullopt;
   const std::optional<std::string>& href = replaced ? replaced : href_;
   xmlNs* const record = !prefix_ || isXmlNCName(*prefix_)
                             ? xmlNewNs(node, xmlTextOf(href), xmlTextOf(prefix_))

@@ -1,6 +1,8 @@
 #include "kestrelink/xml/XmlCharacters.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <iterator>
 
 #include <utf8.h>
@@ -60,6 +62,25 @@ bool isName(std::string_view name, bool colonAllowed) {
   return true;
 }
 
+constexpr std::size_t kLongestReference = std::string_view("&#1114111;").size();
+
+// XML 1.0, productions 66 (CharRef) and 68 for the entities that every document has.
+bool isCharacterReference(std::string_view text) {
+  const std::string_view name = text.substr(1, text.find(';') - 1);
+  if (name.size() + 2 > text.size()) return false;
+  if (!name.starts_with('#')) {
+    constexpr std::string_view kPredefined[] = {"amp", "lt", "gt", "quot", "apos"};
+    return std::find(std::begin(kPredefined), std::end(kPredefined), name) != std::end(kPredefined);
+  }
+  const bool isHex = name.starts_with("#x");
+  const std::string_view digits = name.substr(isHex ? 2 : 1);
+  std::uint32_t number = 0;
+  const auto [end, failure] =
+      std::from_chars(digits.data(), digits.data() + digits.size(), number, isHex ? 16 : 10);
+  return failure == std::errc() && end == digits.data() + digits.size() && number <= 0x10FFFF &&
+         (number < 0xD800 || number > 0xDFFF) && isXmlCharacter(number);
+}
+
 }  // namespace
 
 std::optional<std::string> replacementFor(std::string_view text) {
@@ -77,6 +98,24 @@ std::optional<std::string> replacementFor(std::string_view text) {
                             std::back_inserter(writable));
   }
   if (writable == text) return std::nullopt;
+  return writable;
+}
+
+std::optional<std::string> replacementForNamespaceName(std::string_view name) {
+  if (name.find_first_of("&<") == std::string_view::npos) return replacementFor(name);
+  const std::string valid = replacementFor(name).value_or(std::string(name));
+  std::string writable;
+  for (std::size_t at = 0; at < valid.size(); ++at) {
+    const bool isBare =
+        valid[at] == '&' && !isCharacterReference(valid.substr(at, kLongestReference));
+    if (isBare) {
+      writable += "&amp;";
+    } else if (valid[at] == '<') {
+      writable += "&lt;";
+    } else {
+      writable += valid[at];
+    }
+  }
   return writable;
 }
 

@@ -228,6 +228,19 @@ TEST(ElementWriting, NamespacesAndAttributesThatLibxmlRefuses) {
   EXPECT_EQ(withoutValue->xmlString(), "<r a=\"\"/>");
 }
 
+TEST(ElementWriting, NamesOfNamespacesAreWrittenWellFormed) {
+  for (const auto& [name, written] : std::map<std::string, std::string>{
+           {"u:a&b", "u:a&amp;b"},
+           {"u:&e;<", "u:&amp;e;&lt;"},
+           {"u:&amp;&#38;&#x26;", "u:&amp;&#38;&#x26;"},
+           {"&#;&#x;&#x110000;&#0;&#xD800;&",
+            "&amp;#;&amp;#x;&amp;#x110000;&amp;#0;&amp;#xD800;&amp;"}}) {
+    const auto element = made("e");
+    element->setNamespace(std::make_shared<XMLWrapperNamespace>(std::nullopt, name));
+    EXPECT_EQ(element->xmlString(), "<e xmlns=\"" + written + "\"/>");
+  }
+}
+
 TEST(ElementLifetime, ElementsOutliveTheirDocument) {
   auto doc = read("<p:r xmlns:p='urn:p' p:a='1'><p:c>text</p:c></p:r>");
   const auto element = doc->documentElement();
