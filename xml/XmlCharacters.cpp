@@ -102,7 +102,8 @@ std::optional<std::string> replacementFor(std::string_view text) {
 }
 
 std::optional<std::string> replacementForNamespaceName(std::string_view name) {
-  if (name.find_first_of("&<") == std::string_view::npos) return replacementFor(name);
+  const bool hasMarkup = name.find('&') != name.npos || name.find('<') != name.npos;
+  if (!hasMarkup) return replacementFor(name);
   const std::string valid = replacementFor(name).value_or(std::string(name));
   std::string writable;
   for (std::size_t at = 0; at < valid.size(); ++at) {
