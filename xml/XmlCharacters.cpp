@@ -102,7 +102,8 @@ std::optional<std::string> replacementFor(std::string_view text) {
 }
 
 std::optional<std::string> replacementForNamespaceName(std::string_view name) {
-  const bool hasMarkup = name.find('&') != name.npos || name.find('<') != name.npos;
+  const bool hasMarkup =
+      name.find('&') != std::string_view::npos || name.find('<') != std::string_view::npos;
   if (!hasMarkup) return replacementFor(name);
   const std::string valid = replacementFor(name).value_or(std::string(name));
   std::string writable;
