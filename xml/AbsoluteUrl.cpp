@@ -5,6 +5,7 @@
 #include <libxml/uri.h>
 
 #include "kestrelink/xml/LibxmlErrorRoute.h"
+#include "kestrelink/xml/LibxmlSetup.h"
 
 namespace kestrelink {
 namespace {
@@ -18,6 +19,7 @@ struct UriFree {
 std::optional<std::string> absoluteUrlText(std::string_view url) {
   std::string text(url);
   if (text.empty() || text.find('\0') != std::string::npos) return std::nullopt;
+  ensureLibxmlParser();
   const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
   const std::unique_ptr<xmlURI, UriFree> uri(xmlParseURI(text.c_str()));
   route.throwIfOutOfMemory();  // not to be taken for text that is no URL
