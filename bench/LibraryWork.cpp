@@ -3,7 +3,7 @@
 
 #include "kestrelink/saml/KestrelinkSAML.h"
 
-#include "Work.h"
+#include "bench/Work.h"
 
 namespace bench {
 namespace {

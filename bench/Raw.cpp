@@ -1,4 +1,4 @@
-#include "Raw.h"
+#include "bench/Raw.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,5 +1,5 @@
-#include "Raw.h"
-#include "Work.h"
+#include "bench/Raw.h"
+#include "bench/Work.h"
 
 namespace bench {
 

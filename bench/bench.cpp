@@ -15,7 +15,7 @@
 #include <thread>
 #include <vector>
 
-#include "Work.h"
+#include "bench/Work.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 
 #include <libxml/parser.h>
 
-#include "Work.h"
+#include "bench/Work.h"
 
 #ifdef WITH_LIBRARY
 #define WORK bench::libraryWork

@@ -36,8 +36,8 @@ install(FILES "${PROJECT_BINARY_DIR}/KestrelinkSAMLConfig.cmake"
   DESTINATION "${package_dir}" COMPONENT development)
 
 foreach(header IN LISTS KESTRELINK_PUBLIC_HEADERS)
-  cmake_path(GET header PARENT_PATH room)
-  install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/kestrelink/${room}"
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}"
     COMPONENT development)
 endforeach()
 

@@ -14,7 +14,7 @@
 #include <libxml/parser.h>
 #include <libxml/xmlsave.h>
 
-#include "Support.h"
+#include "tests/support/Support.h"
 
 extern char** environ;
 

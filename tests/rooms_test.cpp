@@ -12,8 +12,8 @@ namespace {
 namespace fs = std::filesystem;
 
 TEST(Rooms, IncludesPointDownwards) {
-  const std::vector<std::string> rooms = {"platform", "xml", "saml/elements", "saml/messages",
-                                          "saml"};
+  const std::vector<std::string> rooms = {"platform",      "xml/libxml",    "xml",
+                                          "saml/elements", "saml/messages", "saml"};
   std::map<std::string, std::size_t> height;
   for (const std::string& room : rooms) height.emplace(room, height.size());
   const std::regex include(R"re(^#include "kestrelink/(.*)/[^/]+")re");
@@ -21,7 +21,7 @@ TEST(Rooms, IncludesPointDownwards) {
 
   int includes = 0;
   for (const std::string& room : rooms) {
-    for (const auto& file : fs::directory_iterator(fs::path(SOURCE_DIR) / room)) {
+    for (const auto& file : fs::directory_iterator(fs::path(SOURCE_DIR) / "kestrelink" / room)) {
       if (!file.is_regular_file()) continue;
       std::ifstream source(file.path());
       for (std::string line; std::getline(source, line);) {

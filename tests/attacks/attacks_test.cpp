@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include "Support.h"
-#include "fuzz/Attack.h"
-#include "fuzz/Targets.h"
+#include "tests/fuzz/Targets.h"
+#include "tests/support/Attack.h"
+#include "tests/support/Support.h"
 
 namespace kestrelink::testing {
 namespace {

@@ -7,7 +7,7 @@
 #include "kestrelink/platform/Text.h"
 #include "kestrelink/platform/UrlText.h"
 
-#include "Support.h"
+#include "tests/support/Support.h"
 
 namespace kestrelink::testing {
 namespace {

@@ -28,7 +28,7 @@ case $what in
     ;;
   abi)
     kept+=/library.abi.gz
-    abidw --headers-dir "$build/include" --drop-private-types --exported-interfaces-only \
+    abidw --headers-dir "$(dirname "$0")/../../kestrelink" --drop-private-types --exported-interfaces-only \
       --no-corpus-path --no-comp-dir-path --no-show-locs --no-parameter-names \
       --no-write-default-sizes --type-id-style hash --out-file "$work/now.abi" "$shared"
     gzip -9nc "$work/now.abi" >"$work/now"

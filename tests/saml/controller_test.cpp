@@ -1,4 +1,4 @@
-#include "Support.h"
+#include "tests/support/Support.h"
 
 namespace kestrelink::testing {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "kestrelink/saml/elements/SAMLNames.h"
 
-#include "Support.h"
+#include "tests/support/Support.h"
 
 namespace kestrelink::testing {
 namespace {

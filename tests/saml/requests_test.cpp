@@ -4,7 +4,7 @@
 #include "kestrelink/platform/Uuid.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
 
-#include "Support.h"
+#include "tests/support/Support.h"
 
 namespace kestrelink::testing {
 namespace {

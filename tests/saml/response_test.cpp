@@ -3,7 +3,7 @@
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 
-#include "Support.h"
+#include "tests/support/Support.h"
 
 namespace kestrelink::testing {
 namespace {

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "fuzz/Attack.h"
+#include "tests/support/Attack.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include <libxml/tree.h>
 
-#include "kestrelink/xml/AbsoluteUrl.h"
+#include "kestrelink/xml/libxml/AbsoluteUrl.h"
 
-#include "Support.h"
+#include "tests/support/Support.h"
 
 namespace kestrelink::testing {
 namespace {

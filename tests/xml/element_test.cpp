@@ -1,10 +1,10 @@
 #include <libxml/tree.h>
 
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
-#include "kestrelink/xml/DetachedNode.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
+#include "kestrelink/xml/libxml/DetachedNode.h"
 
-#include "Support.h"
+#include "tests/support/Support.h"
 
 namespace kestrelink::testing {
 namespace {

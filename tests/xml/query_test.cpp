@@ -2,7 +2,7 @@
 
 #include "kestrelink/xml/XMLWrapperQuery.h"
 
-#include "Support.h"
+#include "tests/support/Support.h"
 
 namespace kestrelink::testing {
 namespace {

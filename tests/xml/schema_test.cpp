@@ -2,7 +2,7 @@
 
 #include "kestrelink/xml/XMLWrapperSchema.h"
 
-#include "Support.h"
+#include "tests/support/Support.h"
 
 namespace kestrelink::testing {
 namespace {

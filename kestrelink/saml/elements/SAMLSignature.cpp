@@ -1,0 +1,103 @@
+#include "kestrelink/saml/elements/SAMLSignature.h"
+
+#include "kestrelink/platform/Decimal.h"
+#include "kestrelink/saml/elements/ElementReading.h"
+#include "kestrelink/saml/elements/SAMLKeyInfo.h"
+#include "kestrelink/saml/elements/SAMLNames.h"
+#include "kestrelink/saml/elements/SAMLNamespaces.h"
+#include "kestrelink/xml/libxml/DetachedNode.h"
+
+namespace kestrelink {
+
+constinit const XMLWrapperElementClass SAMLSignatureReference::elementClass{
+    "SAMLSignatureReference", &makeElementInstance<SAMLSignatureReference>};
+constinit const XMLWrapperElementClass SAMLSignedInfo::elementClass{
+    "SAMLSignedInfo", &makeElementInstance<SAMLSignedInfo>};
+constinit const XMLWrapperElementClass SAMLSignature::elementClass{
+    "SAMLSignature", &makeElementInstance<SAMLSignature>};
+
+std::shared_ptr<SAMLSignatureReference> SAMLSignatureReference::createElement(ErrorOut /*error*/) {
+  return makeElement<SAMLSignatureReference>(kReferenceElementName);
+}
+
+std::optional<std::string> SAMLSignatureReference::identifier() const {
+  return attributeText(kIdentifierAttributeName);
+}
+std::optional<std::string> SAMLSignatureReference::uri() const {
+  return attributeText(kURIAttributeName);
+}
+std::optional<std::string> SAMLSignatureReference::type() const {
+  return attributeText(kTypeAttributeName);
+}
+std::vector<std::string> SAMLSignatureReference::transforms() const { return transformsOf(*this); }
+std::optional<std::string> SAMLSignatureReference::digestMethod() const {
+  return childAttributeText(kDigestMethodElementName, kAlgorithmAttributeName);
+}
+std::optional<std::vector<std::uint8_t>> SAMLSignatureReference::digestValue() const {
+  return childBytes(kDigestValueElementName);
+}
+
+std::shared_ptr<SAMLSignedInfo> SAMLSignedInfo::createElement(ErrorOut /*error*/) {
+  auto element = makeElement<SAMLSignedInfo>(kSignedInfoElementName);
+  element->setNamespace(SAMLSignatureNamespace());
+  return element;
+}
+
+std::optional<std::string> SAMLSignedInfo::identifier() const {
+  return attributeText(kIdentifierAttributeName);
+}
+std::optional<std::string> SAMLSignedInfo::canonicalizationMethod() const {
+  return childAttributeText(kCanonicalizationMethodElementName, kAlgorithmAttributeName);
+}
+std::optional<std::string> SAMLSignedInfo::signatureMethod() const {
+  return childAttributeText(kSignatureMethodElementName, kAlgorithmAttributeName);
+}
+std::optional<double> SAMLSignedInfo::signatureMethodLength() const {
+  const auto method = firstElementByTagName(kSignatureMethodElementName);
+  if (!method) return std::nullopt;
+  const auto length = textOf(method->firstElementByTagName(kSignatureHMACOutputLength));
+  return length ? parseDecimal(*length) : std::nullopt;
+}
+std::vector<std::shared_ptr<SAMLSignatureReference>> SAMLSignedInfo::references() const {
+  return children<SAMLSignatureReference>(kReferenceElementName);
+}
+
+DetachedNode SAMLSignedInfo::xmlNode(ErrorOut error) {
+  List ordered = {firstElementByTagName(kCanonicalizationMethodElementName),
+                  firstElementByTagName(kSignatureMethodElementName)};
+  if (!ordered[0] || !ordered[1]) {
+    return DetachedNode::refused("Signed information without its methods cannot be written");
+  }
+  for (auto& reference : getElementsByTagName(kReferenceElementName)) {
+    ordered.push_back(std::move(reference));
+  }
+  setElements(std::move(ordered));
+  return SAMLBaseElement::xmlNode(error);
+}
+
+std::shared_ptr<SAMLSignature> SAMLSignature::createElement(ErrorOut /*error*/) {
+  auto element = makeElement<SAMLSignature>(kSignatureElementName);
+  element->setSequence({kSignedInfoElementName, kSignatureValueElementName, kKeyInfoElementName});
+  element->setNamespace(SAMLSignatureNamespace());
+  return element;
+}
+
+std::optional<std::string> SAMLSignature::identifier() const {
+  return attributeText(kIdentifierAttributeName);
+}
+std::shared_ptr<SAMLSignedInfo> SAMLSignature::signedInfo() const {
+  return child<SAMLSignedInfo>(kSignedInfoElementName);
+}
+std::optional<std::vector<std::uint8_t>> SAMLSignature::signatureValue() const {
+  return childBytes(kSignatureValueElementName);
+}
+std::optional<std::string> SAMLSignature::signatureValueId() const {
+  return childAttributeText(kSignatureValueElementName, kIdentifierAttributeName);
+}
+std::shared_ptr<SAMLKeyInfo> SAMLSignature::keyInfo() const {
+  return child<SAMLKeyInfo>(kKeyInfoElementName);
+}
+
+bool SAMLSignature::isValid() const { return true; }
+
+}  // namespace kestrelink

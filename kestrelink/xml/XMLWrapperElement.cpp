@@ -1,0 +1,397 @@
+#include "kestrelink/xml/XMLWrapperElement.h"
+
+#include <algorithm>
+#include <iterator>
+#include <unordered_map>
+
+#include <libxml/tree.h>
+
+#include "kestrelink/platform/DiagnosticLog.h"
+#include "kestrelink/platform/Immortal.h"
+#include "kestrelink/platform/Text.h"
+#include "kestrelink/xml/StoreError.h"
+#include "kestrelink/xml/XMLTreeReading.h"
+#include "kestrelink/xml/XMLWrapperElementFactory.h"
+#include "kestrelink/xml/XMLWrapperQuery.h"
+#include "kestrelink/xml/libxml/DetachedNode.h"
+#include "kestrelink/xml/libxml/LibxmlDump.h"
+#include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
+#include "kestrelink/xml/libxml/LibxmlSetup.h"
+#include "kestrelink/xml/libxml/LibxmlText.h"
+#include "kestrelink/xml/libxml/XmlCharacters.h"
+
+namespace kestrelink {
+namespace {
+
+// How many records of a libxml2 list count: a vector of just that room costs one allocation.
+template <class Record, class Counts>
+std::size_t lengthOf(const Record* first, Counts counts) {
+  std::size_t length = 0;
+  for (const Record* record = first; record != nullptr; record = record->next) {
+    if (counts(*record)) ++length;
+  }
+  return length;
+}
+
+template <class Value>
+const Value& absent() {
+  static const auto& value = immortal<Value>();
+  return value;
+}
+
+// Writing goes down by recursion. Nobody misses what lies deeper: libxml2 reads 256 levels.
+constexpr int kDeepestWritten = 1000;
+constinit thread_local int levelsAbove = 0;
+
+class WrittenLevel {
+ public:
+  WrittenLevel() { ++levelsAbove; }
+  ~WrittenLevel() { --levelsAbove; }
+  WrittenLevel(const WrittenLevel&) = delete;
+  WrittenLevel& operator=(const WrittenLevel&) = delete;
+};
+
+}  // namespace
+
+constinit const XMLWrapperElementClass XMLWrapperElement::elementClass{
+    "XMLWrapperElement", &makeElementInstance<XMLWrapperElement>};
+
+XMLWrapperElement::XMLWrapperElement() = default;
+
+// Not by recursion: a client can make a tree of any depth. Nor with memory of its own: while the
+// children of an element are taken apart, the element keeps what still waits, first in their list.
+XMLWrapperElement::~XMLWrapperElement() {
+  List waiting = std::move(elements_);
+  while (!waiting.empty()) {
+    std::shared_ptr<XMLWrapperElement> next = std::move(waiting.back());
+    waiting.pop_back();
+    while (next.use_count() == 1 && !next->elements_.empty()) {
+      waiting.swap(next->elements_);
+      if (!next->elements_.empty()) next.swap(waiting.front());
+    }
+  }
+}
+
+std::shared_ptr<XMLWrapperElement> XMLWrapperElementClass::makeInstance() const {
+  std::shared_ptr<XMLWrapperElement> instance = maker_();
+  instance->class_ = this;
+  return instance;
+}
+
+const XMLWrapperElementClass& XMLWrapperElement::dynamicClass() const { return *class_; }
+
+// Reading
+
+std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithNode(
+    const XMLWrapperElementClass& asClass, const XmlNodeRef& node,
+    const std::shared_ptr<XMLWrapperQuery>& query) {
+  const auto reading = std::make_shared<XMLTreeReading>(node.doc, query);
+  std::shared_ptr<XMLWrapperElement> element = reading->read(asClass, node.node);
+  if (query) reading->namespaces.registerWith(*query);
+  return element;
+}
+
+// XPath hands in nodes of every kind, and libxml2 gives them all the type xmlNode; the fields read
+// here are those that the kind really has.
+void XMLWrapperElement::readNode(::xmlNode* node, XMLTreeReading& reading) {
+  node_ = node;
+  reading_ = reading.shared_from_this();
+  readTagName_ = &reading.nameOf(*node).text;
+
+  const bool isElement = node->type == XML_ELEMENT_NODE;
+  const bool isAttribute = node->type == XML_ATTRIBUTE_NODE;
+  if (isElement || isAttribute) readNamespaces_ = reading.namespaces.recordedFrom(node->ns);
+  if (isElement) readAttributes(node, reading);
+  if (isElement || isAttribute || node->type == XML_DOCUMENT_NODE) readChildren(node, reading);
+}
+
+void XMLWrapperElement::readAttributes(const ::xmlNode* node, XMLTreeReading& reading) {
+  if (node->properties == nullptr) return;
+  // Two attributes may share a local name in different namespaces; look-ups go by the local name.
+  constexpr std::size_t kFew = 16;
+  std::unordered_map<std::string, std::size_t> places;
+  attributes_.reserve(lengthOf(node->properties, [](const xmlAttr&) { return true; }));
+  for (const xmlAttr* record = node->properties; record != nullptr; record = record->next) {
+    const std::string_view name = viewOf(record->name);
+    if (!isUtf8(name)) continue;
+    std::shared_ptr<XMLWrapperAttribute> attribute = reading.newAttribute();
+    attribute->readNode(record, reading.namespaces.namespaceOf(record->ns));
+    if (attributes_.size() < kFew) {
+      storeAttribute(name, std::move(attribute));
+      continue;
+    }
+    if (places.empty()) {
+      for (const auto& [earlier, stored] : attributes_) places.emplace(earlier, places.size());
+    }
+    const auto [place, added] = places.try_emplace(std::string(name), attributes_.size());
+    if (added) {
+      attributes_.emplace_back(std::string(name), std::move(attribute));
+    } else {
+      attributes_[place->second].second = std::move(attribute);
+    }
+  }
+}
+
+void XMLWrapperElement::readChildren(const ::xmlNode* node, XMLTreeReading& reading) {
+  elements_.reserve(lengthOf(
+      node->children, [](const ::xmlNode& child) { return child.type == XML_ELEMENT_NODE; }));
+  for (::xmlNode* child = node->children; child != nullptr; child = child->next) {
+    if (child->type == XML_TEXT_NODE) {
+      const std::string_view content = viewOf(child->content);
+      if (isUtf8(content)) appendText(trimmed(content));
+    } else if (child->type == XML_ELEMENT_NODE) {
+      elements_.push_back(reading.read(*reading.nameOf(*child).elementClass, child));
+    }
+  }
+}
+
+void XMLWrapperElement::appendText(std::string_view text) {
+  if (text.empty()) return;
+  if (!textContent_) textContent_.emplace();
+  textContent_->append(text);
+}
+
+// Making in memory
+
+std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithTagName(std::string_view tagName) {
+  auto element = std::make_shared<XMLWrapperElement>();
+  element->startWithTagName(tagName);
+  return element;
+}
+
+void XMLWrapperElement::startWithTagName(std::string_view tagName) {
+  own().tagName = tagName;
+  own().madeAs = tagName;
+}
+
+// Properties
+
+XMLWrapperElement::Own& XMLWrapperElement::own() {
+  if (!own_) {
+    own_ = std::make_unique<Own>(Own{.tagName = tagName(),
+                                     .namespaces = namespaces(),
+                                     .query = query(),
+                                     .childElementSequence = std::nullopt,
+                                     .madeAs = std::nullopt});
+  }
+  return *own_;
+}
+
+const std::optional<std::string>& XMLWrapperElement::tagName() const {
+  if (own_) return own_->tagName;
+  return readTagName_ != nullptr ? *readTagName_ : absent<std::optional<std::string>>();
+}
+void XMLWrapperElement::setTagName(std::optional<std::string> tagName) {
+  own().tagName = std::move(tagName);
+}
+
+const std::optional<std::string>& XMLWrapperElement::textContent() const { return textContent_; }
+void XMLWrapperElement::setTextContent(std::optional<std::string> textContent) {
+  textContent_ = std::move(textContent);
+}
+
+const std::optional<std::vector<std::string>>& XMLWrapperElement::childElementSequence() const {
+  return own_ ? own_->childElementSequence : absent<std::optional<std::vector<std::string>>>();
+}
+void XMLWrapperElement::setChildElementSequence(std::optional<std::vector<std::string>> sequence) {
+  own().childElementSequence = std::move(sequence);
+}
+
+const std::shared_ptr<XMLWrapperQuery>& XMLWrapperElement::query() const {
+  if (own_) return own_->query;
+  return reading_ ? reading_->query : absent<std::shared_ptr<XMLWrapperQuery>>();
+}
+void XMLWrapperElement::setQuery(std::shared_ptr<XMLWrapperQuery> query) {
+  own().query = std::move(query);
+}
+
+// Attributes and namespaces
+
+const XMLWrapperElement::AttributeMap& XMLWrapperElement::attributes() const { return attributes_; }
+
+std::shared_ptr<XMLWrapperAttribute> XMLWrapperElement::attributeWithName(
+    std::string_view name) const {
+  const auto found = std::find_if(attributes_.begin(), attributes_.end(),
+                                  [name](const auto& entry) { return entry.first == name; });
+  return found == attributes_.end() ? nullptr : found->second;
+}
+
+void XMLWrapperElement::setAttributeWithName(std::string_view name,
+                                             std::optional<std::string_view> value) {
+  auto attribute = std::make_shared<XMLWrapperAttribute>();
+  attribute->setName(std::string(name));
+  if (value) attribute->setValue(std::string(*value));
+  storeAttribute(name, std::move(attribute));
+}
+
+void XMLWrapperElement::storeAttribute(std::string_view name,
+                                       std::shared_ptr<XMLWrapperAttribute> attribute) {
+  for (auto& [known, stored] : attributes_) {
+    if (known == name) {
+      stored = std::move(attribute);
+      return;
+    }
+  }
+  attributes_.emplace_back(name, std::move(attribute));
+}
+
+const NamespaceMap& XMLWrapperElement::namespaces() const {
+  if (own_) return own_->namespaces;
+  return readNamespaces_ != nullptr ? *readNamespaces_ : absent<NamespaceMap>();
+}
+
+void XMLWrapperElement::setNamespace(const std::shared_ptr<const XMLWrapperNamespace>& ns) {
+  if (!ns) return;
+  // In this order: the reference may be to an entry of the list that is replaced.
+  if (query()) query()->registerNamespace(*ns);
+  own().namespaces.set(ns);
+}
+
+// Children
+
+const XMLWrapperElement::List& XMLWrapperElement::elements() const { return elements_; }
+
+void XMLWrapperElement::setElements(List elements) {
+  std::erase_if(elements, [this](const auto& element) { return !mayAdopt(element); });
+  elements_ = std::move(elements);
+}
+
+XMLWrapperElement::List XMLWrapperElement::getElementsByTagName(std::string_view tagName) const {
+  const auto isCalled = [tagName](const auto& child) { return child->tagName() == tagName; };
+  List found;
+  found.reserve(
+      static_cast<std::size_t>(std::count_if(elements_.begin(), elements_.end(), isCalled)));
+  std::copy_if(elements_.begin(), elements_.end(), std::back_inserter(found), isCalled);
+  return found;
+}
+
+std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstElementByTagName(
+    std::string_view tagName) const {
+  const auto found = std::find_if(elements_.begin(), elements_.end(), [tagName](const auto& child) {
+    return child->tagName() == tagName;
+  });
+  return found == elements_.end() ? nullptr : *found;
+}
+
+bool XMLWrapperElement::isChild(const std::shared_ptr<XMLWrapperElement>& element) const {
+  return std::find(elements_.begin(), elements_.end(), element) != elements_.end();
+}
+
+bool XMLWrapperElement::mayAdopt(const std::shared_ptr<XMLWrapperElement>& element) const {
+  if (!element) return false;
+  if (!element->holds(*this)) return true;
+  logDiagnostic("An element cannot be added below itself");
+  return false;
+}
+
+bool XMLWrapperElement::holds(const XMLWrapperElement& sought) const {
+  if (elements_.empty()) return this == &sought;
+  std::vector<const XMLWrapperElement*> unseen = {this};
+  while (!unseen.empty()) {
+    const XMLWrapperElement* const element = unseen.back();
+    unseen.pop_back();
+    if (element == &sought) return true;
+    for (const auto& child : element->elements_) unseen.push_back(child.get());
+  }
+  return false;
+}
+
+void XMLWrapperElement::addChildElement(const std::shared_ptr<XMLWrapperElement>& element) {
+  if (!isChild(element) && mayAdopt(element)) elements_.push_back(element);
+}
+
+void XMLWrapperElement::addChildElement(const std::shared_ptr<XMLWrapperElement>& element,
+                                        const std::shared_ptr<XMLWrapperElement>& before) {
+  if (isChild(element) || !mayAdopt(element)) return;
+  elements_.insert(std::find(elements_.begin(), elements_.end(), before), element);
+}
+
+void XMLWrapperElement::removeChildElement(const std::shared_ptr<XMLWrapperElement>& element) {
+  // Not the reference itself: it may be the very entry that goes.
+  const XMLWrapperElement* const removed = element.get();
+  std::erase_if(elements_, [removed](const auto& child) { return child.get() == removed; });
+}
+
+void XMLWrapperElement::replaceChildElement(const std::shared_ptr<XMLWrapperElement>& oldElement,
+                                            const std::shared_ptr<XMLWrapperElement>& newElement) {
+  if (isChild(newElement) || !mayAdopt(newElement)) return;
+  const auto place = std::find(elements_.begin(), elements_.end(), oldElement);
+  if (place != elements_.end()) *place = newElement;
+}
+
+void XMLWrapperElement::reorderChildElements() {
+  List ordered;
+  if (const auto& sequence = childElementSequence()) {
+    for (const std::string& name : *sequence) {
+      std::copy_if(elements_.begin(), elements_.end(), std::back_inserter(ordered),
+                   [&name](const auto& child) { return child->tagName() == name; });
+    }
+  }
+  elements_ = std::move(ordered);
+}
+
+// XPath
+
+std::optional<XMLWrapperElement::List> XMLWrapperElement::getResultsByXpathQuery(
+    std::string_view xpath) const {
+  const SharedXmlDoc tree = reading_ ? reading_->tree.lock() : nullptr;
+  const bool madeInMemory = own_ && own_->madeAs;
+  if (!query() || (!tree && !madeInMemory)) return std::nullopt;
+  ensureLibxmlParser();
+  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
+  const XmlNodeOwner empty(tree ? nullptr : xmlNewNode(nullptr, xmlTextOf(*own_->madeAs)));
+  route.throwIfOutOfMemory();
+  std::optional<ErrorInfo> error;
+  std::optional<List> results =
+      query()->executeXpathQuery({tree, tree ? node_ : empty.get()}, xpath, &error);
+  if (!results && error) logDiagnostic(error->domain + " " + std::to_string(error->code));
+  return results;
+}
+
+std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstResultByXpathQuery(
+    std::string_view xpath) const {
+  const std::optional<List> results = getResultsByXpathQuery(xpath);
+  return results && !results->empty() ? results->front() : nullptr;
+}
+
+// Writing
+
+DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
+  if (levelsAbove == kDeepestWritten) {
+    return DetachedNode::refused("An element below 1000 others cannot be written");
+  }
+  const WrittenLevel level;
+  const std::optional<std::string>& name = tagName();
+  if (!name || !isXmlName(*name)) {
+    return DetachedNode::refused("An element whose tag name is no XML name cannot be written");
+  }
+  DetachedNode node(XmlNodeOwner(xmlNewNode(nullptr, xmlTextOf(*name))));
+  if (!node) return {};
+  if (childElementSequence()) reorderChildElements();
+
+  for (const auto& [key, attribute] : attributes_) attribute->xmlAttrNodeForNode(node, error);
+  const NamespaceMap& declared = namespaces();
+  for (std::size_t position = 0; position < declared.size(); ++position) {
+    declared.at(position)->xmlNsForNode(node.get(), error);
+  }
+  if (node.get()->nsDef != nullptr) xmlSetNs(node.get(), node.get()->nsDef);
+  if (textContent_) {
+    std::string replacement;
+    xmlAddChild(node.get(), xmlNewText(BAD_CAST node.writable(*textContent_, replacement)));
+  }
+  for (const auto& child : elements_) node.addChild(child->xmlNode(error));
+  return node;
+}
+
+std::optional<std::string> XMLWrapperElement::xmlString(ErrorOut error) {
+  ensureLibxmlParser();
+  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
+  const DetachedNode node = xmlNode(error);
+  route.throwIfOutOfMemory();
+  if (!node) return std::nullopt;
+  std::optional<std::string> text;
+  if (!dumpXml(node.get(), text)) storeError(error, kXMLWrapperErrorDomain, 101);
+  return text;
+}
+
+}  // namespace kestrelink

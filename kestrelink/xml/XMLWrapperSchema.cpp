@@ -1,0 +1,177 @@
+#include "kestrelink/xml/XMLWrapperSchema.h"
+
+#include <array>
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <mutex>
+#include <new>
+#include <optional>
+#include <string>
+
+#include <climits>
+#include <libxml/xmlschemas.h>
+
+#include "kestrelink/platform/DiagnosticLog.h"
+#include "kestrelink/platform/ResourceBundle.h"
+#include "kestrelink/platform/UrlText.h"
+#include "kestrelink/xml/StoreError.h"
+#include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
+#include "kestrelink/xml/libxml/LibxmlSetup.h"
+
+namespace kestrelink {
+namespace {
+
+// The loader that was installed when the latest schema was made. Never called again: the library's
+// own stays in force, so that nothing parsed later reaches a network or a file either.
+std::atomic<xmlExternalEntityLoader> defaultLoader{nullptr};
+
+void installEntityLoader() {
+  static std::mutex installing;
+  const std::lock_guard lock(installing);
+  const xmlExternalEntityLoader installed = xmlGetExternalEntityLoader();
+  defaultLoader = installed;
+  // Other threads may be parsing: what is in place already is not written again.
+  if (installed != &XMLWExternalEntityLoader) {
+    xmlSetExternalEntityLoader(&XMLWExternalEntityLoader);
+  }
+}
+
+std::string formatted(const char* format, va_list arguments) {
+  va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, again);
+  va_end(again);
+  if (length <= 0) return {};
+  std::string text(static_cast<std::size_t>(length), '\0');
+  std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+  return text;
+}
+
+// libxml2's message is itself a format for the arguments that follow it.
+void logCompilation(const char* prefix, const char* message, va_list arguments) noexcept {
+  try {
+    logDiagnostic(formatted((std::string(prefix) + message).c_str(), arguments));
+  } catch (const std::bad_alloc&) {
+    logDiagnostic(prefix);
+  }
+}
+
+void XMLWSchemaValidityError(void* /*context*/, const char* message, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, message);
+  logCompilation("XML SCHEMA VALIDITY ERROR: ", message, arguments);
+  va_end(arguments);
+}
+
+void XMLWSchemaValidityWarning(void* /*context*/, const char* message, ...) noexcept {
+  va_list arguments;
+  va_start(arguments, message);
+  logCompilation("XML SCHEMA VALIDITY WARNING: ", message, arguments);
+  va_end(arguments);
+}
+
+std::string_view asItStands(const char* text) { return text == nullptr ? "(null)" : text; }
+
+std::string describe(const xmlError& error) {
+  std::string line = "ERROR ";
+  line.append(std::to_string(error.code)).append(": ").append(asItStands(error.file));
+  line.append(" line ").append(std::to_string(error.line)).append(": ");
+  return line.append(asItStands(error.message)).append("\n");
+}
+
+void XMLWSchemaValidityErrorFunc(void* context, const char* message, ...) noexcept {
+  if (message == nullptr) return;
+  auto& gathered = *static_cast<std::string*>(context);
+  va_list arguments;
+  va_start(arguments, message);
+  try {
+    const xmlError* const last = libxmlLastError();
+    gathered += last != nullptr ? describe(*last) : formatted(message, arguments);
+  } catch (const std::bad_alloc&) {
+    LibxmlErrorRoute::noteOutOfMemory();
+  }
+  va_end(arguments);
+}
+
+std::unique_ptr<XMLWrapperSchema> failed(std::string_view reason) {
+  logDiagnostic(reason);
+  return nullptr;
+}
+
+XmlDocOwner parseSchema(const SharedBytes& bytes) {
+  if (!bytes || bytes->size() > INT_MAX) return nullptr;
+  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
+  XmlDocOwner doc(
+      xmlReadMemory(bytes->data(), static_cast<int>(bytes->size()), nullptr, nullptr, 0));
+  route.throwIfOutOfMemory();
+  return doc;
+}
+
+}  // namespace
+
+std::unique_ptr<XMLWrapperSchema> XMLWrapperSchema::initWithSchemaData(
+    const SharedBytes& schemaData) {
+  ensureLibxmlSchemaTypes();
+  // Freed after the parser context, which reads it.
+  const XmlDocOwner doc = parseSchema(schemaData);
+  if (!doc) return failed("Schema could not be loaded");
+  installEntityLoader();
+
+  const LibxmlErrorRoute route(LibxmlErrorRoute::During::schema);
+  const XmlSchemaParserOwner parser(xmlSchemaNewDocParserCtxt(doc.get()));
+  route.throwIfOutOfMemory();
+  if (!parser) return failed("Failed to create parser context for schema");
+  xmlSchemaSetParserErrors(parser.get(), &XMLWSchemaValidityError, &XMLWSchemaValidityWarning,
+                           nullptr);
+  XmlSchemaOwner schema(xmlSchemaParse(parser.get()));
+  route.throwIfOutOfMemory();  // an import may be missing
+  if (!schema) return failed("Schema is not valid");
+  return std::make_unique<XMLWrapperSchema>(std::move(schema));
+}
+
+bool XMLWrapperSchema::validateDocument(xmlDoc* doc, ErrorOut error) const {
+  const auto impossible = [error](std::string_view reason) {
+    logDiagnostic(reason);
+    storeSchemaError(error, reason);
+    return false;
+  };
+  if (doc == nullptr || !schemaPtr_) {
+    return impossible("Invalid docPtr or schemaPtr given for validating DOM Document");
+  }
+  const LibxmlErrorRoute route(LibxmlErrorRoute::During::schema);
+  const XmlSchemaValidatorOwner validator(xmlSchemaNewValidCtxt(schemaPtr_.get()));
+  route.throwIfOutOfMemory();
+  if (!validator) return impossible(kSchemaContextFailure);
+
+  std::string gathered;
+  xmlSchemaSetValidErrors(validator.get(), &XMLWSchemaValidityErrorFunc, nullptr, &gathered);
+  const bool valid = xmlSchemaValidateDoc(validator.get(), doc) == 0;
+  route.throwIfOutOfMemory();
+  if (!valid) storeSchemaError(error, gathered);
+  return valid;
+}
+
+xmlParserInput* XMLWExternalEntityLoader(const char* url, const char* /*publicIdentifier*/,
+                                         xmlParserCtxt* context) noexcept {
+  try {
+    const ResourceBundle* const bundle = ResourceBundle::ofLibrary();
+    if (url == nullptr || bundle == nullptr) return nullptr;
+    const std::string_view file = lastPathComponent(url);
+    const std::size_t dot = file.rfind('.');
+    const auto extension =
+        dot == std::string_view::npos ? std::nullopt : std::optional(file.substr(dot + 1));
+    const std::optional<std::string> text = bundle->text(file.substr(0, dot), extension);
+    if (!text || text->size() > INT_MAX) return nullptr;
+    return libxmlStreamOver(context, text->data(), static_cast<int>(text->size()));
+  } catch (const std::exception&) {
+    LibxmlErrorRoute::noteOutOfMemory();
+    return nullptr;
+  }
+}
+
+void storeSchemaError(ErrorOut error, std::string_view description) {
+  storeError(error, kXMLWrapperErrorDomain, 100, kLocalizedDescriptionKey, description);
+}
+
+}  // namespace kestrelink

@@ -1,0 +1,94 @@
+// What differs between libxml2 2.9 and 2.15, in one place.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include <libxml/globals.h>
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxml/tree.h>
+#include <libxml/xmlerror.h>
+#include <libxml/xmlversion.h>
+
+#include "kestrelink/xml/libxml/LibxmlHandles.h"
+
+namespace kestrelink {
+
+#if LIBXML_VERSION >= 21200
+using LibxmlErrorRecord = const xmlError*;
+#else
+using LibxmlErrorRecord = xmlErrorPtr;
+#endif
+
+/// This thread's last error, or null.
+inline const xmlError* libxmlLastError() noexcept { return xmlGetLastError(); }
+
+/// Initialises the parser. What 2.9 does once and takes for done even when memory ran out, its
+/// table of encodings, is made again after it was forgotten.
+inline void libxmlInitialise() noexcept {
+  xmlInitParser();
+#if LIBXML_VERSION < 21000
+  xmlInitCharEncodingHandlers();
+#endif
+}
+inline void libxmlForgetEncodings() noexcept {
+#if LIBXML_VERSION < 21000
+  xmlCleanupCharEncodingHandlers();
+#endif
+}
+
+/// An input stream over a copy of the text, which libxml2 owns; null when it cannot be made. (A
+/// plain string stream would read the text itself, in 2.9 even after it is gone.)
+inline xmlParserInput* libxmlStreamOver(xmlParserCtxt* context, const char* text, int length) {
+  XmlInputBufferOwner copy(xmlParserInputBufferCreateMem(text, length, XML_CHAR_ENCODING_NONE));
+  if (!copy) return nullptr;
+  xmlParserInput* const stream = xmlNewIOInputStream(context, copy.get(), XML_CHAR_ENCODING_NONE);
+  // From 2.14 on libxml2 takes the buffer even when it fails.
+  const bool taken = stream != nullptr || LIBXML_VERSION >= 21400;
+  if (taken) static_cast<void>(copy.release());
+  return stream;
+}
+
+#if LIBXML_VERSION < 21200
+
+/// All that the parser has not read yet, in UTF-8, whatever the message's encoding.
+inline std::string_view libxmlTextAhead(xmlParserInput& input) noexcept {
+  if (input.buf != nullptr && input.buf->encoder != nullptr) {
+    const std::ptrdiff_t read = input.cur - input.base;
+    constexpr int kAtLeast = 4000;
+    while (xmlParserInputBufferGrow(input.buf, kAtLeast) > 0) {
+    }
+    input.base = xmlBufContent(input.buf->buffer);
+    input.cur = input.base + read;
+    input.end = input.base + xmlBufUse(input.buf->buffer);
+  }
+  return {reinterpret_cast<const char*>(input.cur),
+          static_cast<std::size_t>(input.end - input.cur)};
+}
+
+/// What the names of one tag cost, counted in comparisons: each attribute and each namespace is
+/// compared with those before it, each prefix with the namespaces in scope, and each name with a
+/// list out of the few thousand that hold all names of the message, which lie far apart in memory.
+inline std::size_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceCount,
+                                     int attributeCount) noexcept {
+  const auto namespaces = static_cast<std::size_t>(namespaceCount);
+  const auto attributes = static_cast<std::size_t>(attributeCount);
+  const auto inScope = static_cast<std::size_t>(parser.nsNr) / 2;
+  constexpr std::size_t kListsOfNames = 4608, kFarApart = 50;
+  const auto inList = static_cast<std::size_t>(xmlDictSize(parser.dict)) / kListsOfNames;
+  return (namespaces * namespaces + attributes * attributes) / 2 +
+         (inScope + kFarApart * inList) * (attributes + 1);
+}
+
+#else  // hash tables from here on
+
+inline std::string_view libxmlTextAhead(const xmlParserInput& /*input*/) noexcept { return {}; }
+inline std::size_t libxmlComparisons(const xmlParserCtxt& /*parser*/, int /*namespaceCount*/,
+                                     int /*attributeCount*/) noexcept {
+  return 0;
+}
+
+#endif
+
+}  // namespace kestrelink

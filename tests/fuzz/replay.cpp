@@ -1,0 +1,75 @@
+// Runs a target over files, without a fuzzing engine: replay TARGET [--damaged] FILE_OR_FOLDER...
+// With --damaged each file is also cut off at 200 places and has a bit flipped at 200 places; which
+// they are depends on its size alone.
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <random>
+#include <string>
+
+#include "tests/fuzz/Targets.h"
+#include "tests/support/Attack.h"
+
+namespace {
+
+const std::map<std::string, std::function<void(std::string_view)>> kTargets = {
+    {"responseWithSchema", fuzz::responseWithSchema},
+    {"responseWithoutSchema", fuzz::responseWithoutSchema},
+    {"documentAndXpath", fuzz::documentAndXpath},
+    {"roundTrip", fuzz::roundTrip},
+    {"everyAccessor", fuzz::everyAccessor},
+    {"requests", fuzz::requests}};
+
+using Target = std::function<void(std::string_view)>;
+
+int runDamaged(const Target& target, const std::string& text) {
+  constexpr int kTimes = 200;
+  if (text.empty()) return 0;
+  std::mt19937 random(static_cast<std::mt19937::result_type>(text.size()));
+  for (int time = 0; time < kTimes; ++time) {
+    target(text.substr(0, random() % text.size()));
+    std::string flipped = text;
+    char& byte = flipped[random() % text.size()];
+    byte = static_cast<char>(byte ^ (1 << (random() % 8)));
+    target(flipped);
+  }
+  return 2 * kTimes;
+}
+
+int run(const Target& target, const std::filesystem::path& path, bool damaged) {
+  if (std::filesystem::is_directory(path)) {
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(path)) {
+      count += run(target, entry.path(), damaged);
+    }
+    return count;
+  }
+  if (!std::filesystem::is_regular_file(path)) {
+    std::fprintf(stderr, "no file: %s\n", path.c_str());
+    return 0;
+  }
+  const std::string text = fuzz::attack(path);
+  std::fprintf(stderr, "%s\n", path.c_str());
+  target(text);
+  return 1 + (damaged ? runDamaged(target, text) : 0);
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  const auto target = kTargets.find(count > 1 ? arguments[1] : "");
+  if (target == kTargets.end()) {
+    std::fprintf(stderr, "replay TARGET [--damaged] FILE_OR_FOLDER...; the targets:\n");
+    for (const auto& [name, function] : kTargets) std::fprintf(stderr, "  %s\n", name.c_str());
+    return 2;
+  }
+  fuzz::start();
+  int replayed = 0;
+  const bool damaged = count > 2 && arguments[2] == std::string("--damaged");
+  for (int index = damaged ? 3 : 2; index < count; ++index) {
+    replayed += run(target->second, arguments[index], damaged);
+  }
+  std::printf("%s: %d inputs\n", target->first.c_str(), replayed);
+  return replayed > 0 ? 0 : 1;
+}
