@@ -130,7 +130,6 @@ RequestCommand::Document RequestCommand::attributes() const {
 
 RequestCommand::Document RequestCommand::authz() const {
   const auto query = controller().newAuthZQuery(*resource_, *channel_);
-  if (!query->requestElement()->resource()) return refuse("ksaml: %s is no URL\n", *resource_);
   for (const std::string& action : actions_) query->addAction(action);
   if (actions_.empty()) query->addAction(kestrelink::SAMLAuthZDecisionQueryActionPlay);
   return takesSubject(*query) ? query : nullptr;

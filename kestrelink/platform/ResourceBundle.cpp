@@ -77,6 +77,9 @@ class FileDescriptor {
 
 std::optional<std::string> readFile(const std::string& path) {
   const FileDescriptor file(path);
+  // A resource that is there must not pass for one that is not: what is read once is remembered.
+  const bool noRoom = errno == EMFILE || errno == ENFILE || errno == ENOMEM;
+  if (file.get() < 0 && noRoom) throw std::bad_alloc();
   struct stat status {};
   if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
     return std::nullopt;

@@ -17,7 +17,8 @@ class ResourceBundle {
   /// Looked up once, on first use, from any thread; null when there is none.
   static const ResourceBundle* ofLibrary();
 
-  /// The resource's bytes; absent when there is no such regular file or it cannot be read.
+  /// The resource's bytes; `std::nullopt` when there is no such regular file or it cannot be read.
+  /// Throws `std::bad_alloc` also when no file descriptor is left.
   std::optional<std::string> bytes(std::string_view name,
                                    std::optional<std::string_view> extension) const;
 

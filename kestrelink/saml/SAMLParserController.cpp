@@ -80,7 +80,7 @@ std::shared_ptr<SAMLLogoutRequest> SAMLParserController::newLogoutRequest(ErrorO
 
 SharedBytes SAMLParserController::dataFromString(std::string_view text, ErrorOut error) const {
   if (!isUtf8(text)) {
-    storeError(error, kSAMLParserErrorDomain, 100);
+    storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorNotUtf8);
     return nullptr;
   }
   return std::make_shared<const std::string>(text);

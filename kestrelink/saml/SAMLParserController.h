@@ -65,7 +65,7 @@ class KESTRELINK_EXPORT SAMLParserController {
                                                     ErrorOut error = nullptr) const;
   std::shared_ptr<SAMLAttributeQuery> newAttributeQuery(std::string_view channelId,
                                                         ErrorOut error = nullptr) const;
-  /// The resource is a URL's text; what is no URL is written as an empty resource.
+  /// The resource is a URL's text, written as it stands.
   std::shared_ptr<SAMLAuthZDecisionQuery> newAuthZQuery(std::string_view resource,
                                                         std::string_view channelId,
                                                         ErrorOut error = nullptr) const;

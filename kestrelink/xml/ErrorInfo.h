@@ -8,32 +8,48 @@
 
 namespace kestrelink {
 
-/// Why an operation failed. Memory that runs out, the library's own or libxml2's, is no reason that
-/// is told here: the operation throws std::bad_alloc, but for codes 101, 201 and 300.
+/// The codes of "XMLWrapperErrorDomain", the XML layer.
+enum XMLWrapperErrorCode : std::int64_t {
+  /// The document is not valid against the schema, or could not be validated; described under
+  /// `kLocalizedDescriptionKey`.
+  kXMLWrapperErrorNotValid = 100,
+  /// A document, root element or buffer could not be made while writing XML.
+  kXMLWrapperErrorNotWritten = 101,
+  /// The bytes yield no XML tree, or reading them would take too much time or memory.
+  kXMLWrapperErrorNoTree = 200,
+  /// An XPath evaluation could not be prepared.
+  kXMLWrapperErrorXPathNotPrepared = 201,
+  /// An attribute could not be written.
+  kXMLWrapperErrorAttributeNotWritten = 204,
+  /// A namespace declaration could not be written.
+  kXMLWrapperErrorNamespaceNotWritten = 205,
+  /// The XPath expression could not be evaluated: syntax, unknown prefix or function.
+  kXMLWrapperErrorXPathNotEvaluated = 300,
+  /// The XPath result is a number, a string or a boolean, not a set of nodes.
+  kXMLWrapperErrorXPathNoNodeSet = 301,
+};
+
+/// The codes of `SAMLParserErrorDomain`, the SAML layer.
+enum SAMLParserErrorCode : std::int64_t {
+  /// The text is not UTF-8.
+  kSAMLParserErrorNotUtf8 = 100,
+  /// The document's root is not the element expected; `kReceivedClassKey` names its class.
+  kSAMLParserErrorWrongRoot = 102,
+  /// A class without a maker of its own was asked to make an element.
+  kSAMLParserErrorNoMaker = 201,
+  /// There are assertions, none is valid, and none said why.
+  kSAMLParserErrorNoValidAssertion = 400,
+  /// An authentication has expired, or the current time is outside an assertion's time window.
+  kSAMLParserErrorTime = 401,
+  /// A signature element says of itself that it is not valid.
+  kSAMLParserErrorSignature = 500,
+};
+
+/// Why an operation failed: a domain and one of its codes. Running out of memory is not reported
+/// here: the operation throws `std::bad_alloc`, except with `kXMLWrapperErrorNotWritten`,
+/// `kXMLWrapperErrorXPathNotPrepared` and `kXMLWrapperErrorXPathNotEvaluated`.
 ///
-/// Domain "XMLWrapperErrorDomain" (the XML layer):
-///
-/// | code | when |
-/// |---|---|
-/// | 100 | the document is not valid against the schema, or could not be validated; described |
-/// | 101 | a document, root element or buffer could not be made while writing XML |
-/// | 200 | the bytes yield no XML tree at all |
-/// | 201 | an XPath evaluation could not be prepared |
-/// | 204 | an attribute could not be written |
-/// | 205 | a namespace declaration could not be written |
-/// | 300 | the XPath expression could not be evaluated (syntax, unknown prefix or function) |
-/// | 301 | the XPath result is a number, a string or a boolean, not a set of nodes |
-///
-/// Domain `SAMLParserErrorDomain` (the SAML layer):
-///
-/// | code | when |
-/// |---|---|
-/// | 100 | the text is not UTF-8 |
-/// | 102 | the document's root is not the element expected; `kReceivedClassKey` names its class |
-/// | 201 | a class without a maker of its own was asked to make an element |
-/// | 400 | there are assertions, none is valid, and none said why |
-/// | 401 | an authentication statement has expired, or now is outside an assertion's time window |
-/// | 500 | a signature element says of itself that it is not valid |
+///     if (error && error->domain == SAMLParserErrorDomain && error->code == kSAMLParserErrorTime)
 struct ErrorInfo {
   std::string domain;
   std::int64_t code = 0;

@@ -40,7 +40,8 @@ bool XMLWrapperAttribute::xmlAttrNodeForNode(DetachedNode& node, ErrorOut error)
     made = ns_ ? xmlNewNsProp(node.get(), record, xmlTextOf(name_), value)
                : xmlNewProp(node.get(), xmlTextOf(name_), value);
   }
-  if (made == nullptr) storeError(error, kXMLWrapperErrorDomain, 204);
+  if (made == nullptr)
+    storeError(error, kXMLWrapperErrorDomain, kXMLWrapperErrorAttributeNotWritten);
   return made != nullptr;
 }
 

@@ -63,7 +63,7 @@ bool XMLWrapperDoc::createDocument(ErrorOut error) {
 bool XMLWrapperDoc::setXMLDoc(ErrorOut error) {
   docNode_ = nullptr;
   doc_ = xmlData_ ? boundedParse(*xmlData_) : nullptr;
-  if (!doc_) storeError(error, kXMLWrapperErrorDomain, 200);
+  if (!doc_) storeError(error, kXMLWrapperErrorDomain, kXMLWrapperErrorNoTree);
   return doc_ != nullptr;
 }
 
@@ -84,7 +84,7 @@ SharedXmlDoc XMLWrapperDoc::docNode(ErrorOut error) const {
     built = DetachedNode::intoDocument(documentElement_->xmlNode(error), std::move(doc));
     route.throwIfOutOfMemory();
   }
-  if (!built) storeError(error, kXMLWrapperErrorDomain, 101);
+  if (!built) storeError(error, kXMLWrapperErrorDomain, kXMLWrapperErrorNotWritten);
   return built;
 }
 
@@ -93,7 +93,7 @@ std::optional<std::string> XMLWrapperDoc::xmlString(ErrorOut error) const {
   if (!doc) return std::nullopt;
   std::optional<std::string> text;
   if (!dumpXml(xmlDocGetRootElement(doc.get()), text))
-    storeError(error, kXMLWrapperErrorDomain, 101);
+    storeError(error, kXMLWrapperErrorDomain, kXMLWrapperErrorNotWritten);
   return text;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <unordered_map>
+#include <unordered_set>
 
 #include <libxml/tree.h>
 
@@ -141,6 +142,7 @@ void XMLWrapperElement::readChildren(const ::xmlNode* node, XMLTreeReading& read
       if (isUtf8(content)) appendText(trimmed(content));
     } else if (child->type == XML_ELEMENT_NODE) {
       elements_.push_back(reading.read(*reading.nameOf(*child).elementClass, child));
+      elements_.back()->wasAdopted_ = true;
     }
   }
 }
@@ -160,29 +162,23 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithTagName(std::strin
 }
 
 void XMLWrapperElement::startWithTagName(std::string_view tagName) {
-  own().tagName = tagName;
-  own().madeAs = tagName;
+  changes().tagName = tagName;
+  changes().madeAs = tagName;
 }
 
 // Properties
 
-XMLWrapperElement::Own& XMLWrapperElement::own() {
-  if (!own_) {
-    own_ = std::make_unique<Own>(Own{.tagName = tagName(),
-                                     .namespaces = namespaces(),
-                                     .query = query(),
-                                     .childElementSequence = std::nullopt,
-                                     .madeAs = std::nullopt});
-  }
-  return *own_;
+XMLWrapperElement::Changes& XMLWrapperElement::changes() {
+  if (!changes_) changes_ = std::make_unique<Changes>();
+  return *changes_;
 }
 
 const std::optional<std::string>& XMLWrapperElement::tagName() const {
-  if (own_) return own_->tagName;
+  if (changes_ && changes_->tagName) return *changes_->tagName;
   return readTagName_ != nullptr ? *readTagName_ : absent<std::optional<std::string>>();
 }
 void XMLWrapperElement::setTagName(std::optional<std::string> tagName) {
-  own().tagName = std::move(tagName);
+  changes().tagName = std::move(tagName);
 }
 
 const std::optional<std::string>& XMLWrapperElement::textContent() const { return textContent_; }
@@ -191,18 +187,19 @@ void XMLWrapperElement::setTextContent(std::optional<std::string> textContent) {
 }
 
 const std::optional<std::vector<std::string>>& XMLWrapperElement::childElementSequence() const {
-  return own_ ? own_->childElementSequence : absent<std::optional<std::vector<std::string>>>();
+  return changes_ ? changes_->childElementSequence
+                  : absent<std::optional<std::vector<std::string>>>();
 }
 void XMLWrapperElement::setChildElementSequence(std::optional<std::vector<std::string>> sequence) {
-  own().childElementSequence = std::move(sequence);
+  changes().childElementSequence = std::move(sequence);
 }
 
 const std::shared_ptr<XMLWrapperQuery>& XMLWrapperElement::query() const {
-  if (own_) return own_->query;
+  if (changes_ && changes_->query) return *changes_->query;
   return reading_ ? reading_->query : absent<std::shared_ptr<XMLWrapperQuery>>();
 }
 void XMLWrapperElement::setQuery(std::shared_ptr<XMLWrapperQuery> query) {
-  own().query = std::move(query);
+  changes().query = std::move(query);
 }
 
 // Attributes and namespaces
@@ -236,7 +233,7 @@ void XMLWrapperElement::storeAttribute(std::string_view name,
 }
 
 const NamespaceMap& XMLWrapperElement::namespaces() const {
-  if (own_) return own_->namespaces;
+  if (changes_ && changes_->namespaces) return *changes_->namespaces;
   return readNamespaces_ != nullptr ? *readNamespaces_ : absent<NamespaceMap>();
 }
 
@@ -244,7 +241,9 @@ void XMLWrapperElement::setNamespace(const std::shared_ptr<const XMLWrapperNames
   if (!ns) return;
   // In this order: the reference may be to an entry of the list that is replaced.
   if (query()) query()->registerNamespace(*ns);
-  own().namespaces.set(ns);
+  NamespaceMap changed = namespaces();
+  changed.set(ns);
+  changes().namespaces = std::move(changed);
 }
 
 // Children
@@ -252,7 +251,7 @@ void XMLWrapperElement::setNamespace(const std::shared_ptr<const XMLWrapperNames
 const XMLWrapperElement::List& XMLWrapperElement::elements() const { return elements_; }
 
 void XMLWrapperElement::setElements(List elements) {
-  std::erase_if(elements, [this](const auto& element) { return !mayAdopt(element); });
+  std::erase_if(elements, [this](const auto& element) { return !adopt(element); });
   elements_ = std::move(elements);
 }
 
@@ -277,32 +276,42 @@ bool XMLWrapperElement::isChild(const std::shared_ptr<XMLWrapperElement>& elemen
   return std::find(elements_.begin(), elements_.end(), element) != elements_.end();
 }
 
-bool XMLWrapperElement::mayAdopt(const std::shared_ptr<XMLWrapperElement>& element) const {
+bool XMLWrapperElement::adopt(const std::shared_ptr<XMLWrapperElement>& element) const {
   if (!element) return false;
-  if (!element->holds(*this)) return true;
-  logDiagnostic("An element cannot be added below itself");
-  return false;
+  if (element->holds(*this)) {
+    logDiagnostic("An element cannot be added below itself");
+    return false;
+  }
+  element->wasAdopted_ = true;
+  return true;
 }
 
+// Looks at each element once, though it may be below several others.
 bool XMLWrapperElement::holds(const XMLWrapperElement& sought) const {
-  if (elements_.empty()) return this == &sought;
+  if (this == &sought) return true;
+  if (elements_.empty() || !sought.wasAdopted_) return false;
   std::vector<const XMLWrapperElement*> unseen = {this};
+  std::unordered_set<const XMLWrapperElement*> seen;
   while (!unseen.empty()) {
     const XMLWrapperElement* const element = unseen.back();
     unseen.pop_back();
-    if (element == &sought) return true;
-    for (const auto& child : element->elements_) unseen.push_back(child.get());
+    for (const auto& child : element->elements_) {
+      if (child.get() == &sought) return true;
+      if (!child->elements_.empty() && seen.insert(child.get()).second) {
+        unseen.push_back(child.get());
+      }
+    }
   }
   return false;
 }
 
 void XMLWrapperElement::addChildElement(const std::shared_ptr<XMLWrapperElement>& element) {
-  if (!isChild(element) && mayAdopt(element)) elements_.push_back(element);
+  if (!isChild(element) && adopt(element)) elements_.push_back(element);
 }
 
 void XMLWrapperElement::addChildElement(const std::shared_ptr<XMLWrapperElement>& element,
                                         const std::shared_ptr<XMLWrapperElement>& before) {
-  if (isChild(element) || !mayAdopt(element)) return;
+  if (isChild(element) || !adopt(element)) return;
   elements_.insert(std::find(elements_.begin(), elements_.end(), before), element);
 }
 
@@ -314,9 +323,9 @@ void XMLWrapperElement::removeChildElement(const std::shared_ptr<XMLWrapperEleme
 
 void XMLWrapperElement::replaceChildElement(const std::shared_ptr<XMLWrapperElement>& oldElement,
                                             const std::shared_ptr<XMLWrapperElement>& newElement) {
-  if (isChild(newElement) || !mayAdopt(newElement)) return;
+  if (isChild(newElement)) return;
   const auto place = std::find(elements_.begin(), elements_.end(), oldElement);
-  if (place != elements_.end()) *place = newElement;
+  if (place != elements_.end() && adopt(newElement)) *place = newElement;
 }
 
 void XMLWrapperElement::reorderChildElements() {
@@ -334,16 +343,21 @@ void XMLWrapperElement::reorderChildElements() {
 
 std::optional<XMLWrapperElement::List> XMLWrapperElement::getResultsByXpathQuery(
     std::string_view xpath) const {
-  const SharedXmlDoc tree = reading_ ? reading_->tree.lock() : nullptr;
-  const bool madeInMemory = own_ && own_->madeAs;
-  if (!query() || (!tree && !madeInMemory)) return std::nullopt;
+  XmlNodeRef context{reading_ ? reading_->tree.lock() : nullptr, node_};
+  const bool madeInMemory = changes_ && changes_->madeAs;
+  if (!query() || (!context.doc && !madeInMemory)) return std::nullopt;
   ensureLibxmlParser();
   const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
-  const XmlNodeOwner empty(tree ? nullptr : xmlNewNode(nullptr, xmlTextOf(*own_->madeAs)));
-  route.throwIfOutOfMemory();
+  XmlNodeOwner empty;
+  if (!context.doc) {
+    // libxml2 follows a null pointer from a node without a document.
+    context.doc = SharedXmlDoc(XmlDocOwner(xmlNewDoc(nullptr)));
+    empty.reset(xmlNewDocNode(context.doc.get(), nullptr, xmlTextOf(*changes_->madeAs), nullptr));
+    context.node = empty.get();
+    route.throwIfOutOfMemory();
+  }
   std::optional<ErrorInfo> error;
-  std::optional<List> results =
-      query()->executeXpathQuery({tree, tree ? node_ : empty.get()}, xpath, &error);
+  std::optional<List> results = query()->executeXpathQuery(context, xpath, &error);
   if (!results && error) logDiagnostic(error->domain + " " + std::to_string(error->code));
   return results;
 }
@@ -390,7 +404,8 @@ std::optional<std::string> XMLWrapperElement::xmlString(ErrorOut error) {
   route.throwIfOutOfMemory();
   if (!node) return std::nullopt;
   std::optional<std::string> text;
-  if (!dumpXml(node.get(), text)) storeError(error, kXMLWrapperErrorDomain, 101);
+  if (!dumpXml(node.get(), text))
+    storeError(error, kXMLWrapperErrorDomain, kXMLWrapperErrorNotWritten);
   return text;
 }
 

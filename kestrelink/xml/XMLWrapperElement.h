@@ -145,31 +145,32 @@ class KESTRELINK_TYPE XMLWrapperElement {
   void appendText(std::string_view text);
   void storeAttribute(std::string_view name, std::shared_ptr<XMLWrapperAttribute> attribute);
   bool isChild(const std::shared_ptr<XMLWrapperElement>& element) const;
-  bool mayAdopt(const std::shared_ptr<XMLWrapperElement>& element) const;
+  bool adopt(const std::shared_ptr<XMLWrapperElement>& element) const;
   bool holds(const XMLWrapperElement& sought) const;
 
-  // What few elements have to themselves: those made in memory, and those read and then changed.
-  struct Own {
-    std::optional<std::string> tagName;
-    NamespaceMap namespaces;
-    std::shared_ptr<XMLWrapperQuery> query;
+  // What few elements have: those made in memory, and those read and then changed.
+  struct Changes {
+    std::optional<std::optional<std::string>> tagName;
+    std::optional<NamespaceMap> namespaces;
+    std::optional<std::shared_ptr<XMLWrapperQuery>> query;
     std::optional<std::vector<std::string>> childElementSequence;
     // The name an element made in memory was made with: XPath sees an empty node of that name.
     std::optional<std::string> madeAs;
   };
-  Own& own();
+  Changes& changes();
 
   std::optional<std::string> textContent_;
   AttributeMap attributes_;
   List elements_;
   const XMLWrapperElementClass* class_ = &elementClass;
+  bool wasAdopted_ = false;  // false: it is the child of no element
 
   // What was read lies in the reading, which all its elements share: large messages have many.
   std::shared_ptr<XMLTreeReading> reading_;  // null for an element made in memory
   const std::optional<std::string>* readTagName_ = nullptr;
   const NamespaceMap* readNamespaces_ = nullptr;
   _xmlNode* node_ = nullptr;  // in the reading's tree
-  std::unique_ptr<Own> own_;
+  std::unique_ptr<Changes> changes_;
 };
 
 }  // namespace kestrelink

@@ -18,7 +18,8 @@ xmlNs* XMLWrapperNamespace::xmlNsForNode(xmlNode* node, ErrorOut error) const {
   xmlNs* const record = !prefix_ || isXmlNCName(*prefix_)
                             ? xmlNewNs(node, xmlTextOf(href), xmlTextOf(prefix_))
                             : nullptr;
-  if (record == nullptr) storeError(error, kXMLWrapperErrorDomain, 205);
+  if (record == nullptr)
+    storeError(error, kXMLWrapperErrorDomain, kXMLWrapperErrorNamespaceNotWritten);
   return record;
 }
 

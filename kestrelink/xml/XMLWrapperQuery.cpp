@@ -2,7 +2,6 @@
 
 #include <map>
 #include <mutex>
-#include <set>
 #include <string>
 
 #include <libxml/xpath.h>
@@ -21,6 +20,14 @@
 namespace kestrelink {
 namespace {
 
+// The longest name that ends the text, before blanks.
+std::string_view nameBefore(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n";
+  constexpr std::string_view kDelimiters = " \t\r\n()[]@,|+=!<>*/$'\":";
+  text = text.substr(0, text.find_last_not_of(kBlanks) + 1);
+  return text.substr(text.find_last_of(kDelimiters) + 1);  // npos + 1 is 0
+}
+
 struct NamespaceTable {
   using Bindings = std::map<std::string, std::optional<std::string>, std::less<>>;
 
@@ -29,12 +36,18 @@ struct NamespaceTable {
     bindings.insert_or_assign(prefix, href);
   }
 
-  // A copy of those bindings that are asked for: the table may hold every prefix ever read.
-  Bindings copyOf(const std::set<std::string_view>& prefixes) {
+  // A copy of those bindings that the expression can use: the table may hold every prefix ever
+  // read.
+  Bindings copyFor(std::string_view xpath) {
     const std::lock_guard guard(lock);
     Bindings copy;
-    for (const std::string_view prefix : prefixes) {
-      if (const auto found = bindings.find(prefix); found != bindings.end()) copy.insert(*found);
+    for (std::size_t colon = xpath.find(':'); colon != std::string_view::npos;
+         colon = xpath.find(':', colon + 1)) {
+      std::string_view name = nameBefore(xpath.substr(0, colon));
+      // In "5-p:n", "a div-p:n" and "orp:n" the prefix is the end of what could be one name.
+      for (; !name.empty(); name.remove_prefix(1)) {
+        if (const auto found = bindings.find(name); found != bindings.end()) copy.insert(*found);
+      }
     }
     return copy;
   }
@@ -48,19 +61,6 @@ NamespaceTable& namespaceTable() {
   return table;
 }
 
-// Whatever stands before a colon in the expression; more than its prefixes does no harm.
-std::set<std::string_view> possiblePrefixes(std::string_view xpath) {
-  constexpr std::string_view kDelimiters = " \t\r\n()[]@,|+=!<>*/$'\":";
-  std::set<std::string_view> prefixes;
-  for (std::size_t colon = xpath.find(':'); colon != std::string_view::npos;
-       colon = xpath.find(':', colon + 1)) {
-    const std::string_view before = xpath.substr(0, colon);
-    const std::size_t delimiter = before.find_last_of(kDelimiters);
-    prefixes.insert(before.substr(delimiter == std::string_view::npos ? 0 : delimiter + 1));
-  }
-  return prefixes;
-}
-
 }  // namespace
 
 void XMLWrapperQuery::registerNamespace(const XMLWrapperNamespace& ns) {
@@ -71,7 +71,7 @@ void XMLWrapperQuery::registerNamespace(const XMLWrapperNamespace& ns) {
 bool XMLWrapperQuery::registerXpathNamespacesForCtx(xmlXPathContext* context,
                                                     std::string_view xpath) const {
   bool allRegistered = true;
-  for (const auto& [prefix, href] : namespaceTable().copyOf(possiblePrefixes(xpath))) {
+  for (const auto& [prefix, href] : namespaceTable().copyFor(xpath)) {
     if (xmlXPathRegisterNs(context, xmlTextOf(prefix), xmlTextOf(href)) != 0) allRegistered = false;
   }
   return allRegistered;
@@ -86,21 +86,21 @@ std::optional<XMLWrapperQuery::Results> XMLWrapperQuery::executeXpathQuery(
   ensureLibxmlParser();
   const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
   const XmlXPathContextOwner evaluation(xmlXPathNewContext(context.doc.get()));
-  if (!evaluation) return failed(201);
+  if (!evaluation) return failed(kXMLWrapperErrorXPathNotPrepared);
   if (context.node != nullptr && xmlXPathSetContextNode(context.node, evaluation.get()) != 0) {
-    return failed(201);
+    return failed(kXMLWrapperErrorXPathNotPrepared);
   }
   if (!registerXpathNamespacesForCtx(evaluation.get(), xpath) || route.outOfMemory()) {
-    return failed(201);
+    return failed(kXMLWrapperErrorXPathNotPrepared);
   }
 
   const std::string expression(xpath);
   const bool cutOff = expression.find('\0') != std::string::npos;
   const XmlXPathObjectOwner result(
       cutOff ? nullptr : xmlXPathEvalExpression(xmlTextOf(expression), evaluation.get()));
-  if (!result || route.outOfMemory()) return failed(300);
+  if (!result || route.outOfMemory()) return failed(kXMLWrapperErrorXPathNotEvaluated);
   const xmlNodeSet* const nodes = result->type == XPATH_NODESET ? result->nodesetval : nullptr;
-  if (nodes == nullptr) return failed(301);
+  if (nodes == nullptr) return failed(kXMLWrapperErrorXPathNoNodeSet);
 
   Results elements;
   const auto reading = std::make_shared<XMLTreeReading>(context.doc, shared_from_this());

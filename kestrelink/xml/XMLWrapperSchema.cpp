@@ -8,6 +8,7 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <climits>
 #include <libxml/xmlschemas.h>
@@ -71,7 +72,7 @@ void XMLWSchemaValidityWarning(void* /*context*/, const char* message, ...) noex
   va_end(arguments);
 }
 
-std::string_view asItStands(const char* text) { return text == nullptr ? "(null)" : text; }
+std::string_view asItStands(const char* text) { return text == nullptr ? "" : text; }
 
 std::string describe(const xmlError& error) {
   std::string line = "ERROR ";
@@ -79,6 +80,20 @@ std::string describe(const xmlError& error) {
   line.append(" line ").append(std::to_string(error.line)).append(": ");
   return line.append(asItStands(error.message)).append("\n");
 }
+
+/// Takes a document's URL away while it lives. For each error in a document that has a URL, even
+/// the empty one, libxml2 walks back over all earlier siblings of the node.
+class WithoutUrl {
+ public:
+  explicit WithoutUrl(xmlDoc& doc) : doc_(doc), url_(std::exchange(doc.URL, nullptr)) {}
+  ~WithoutUrl() { doc_.URL = url_; }
+  WithoutUrl(const WithoutUrl&) = delete;
+  WithoutUrl& operator=(const WithoutUrl&) = delete;
+
+ private:
+  xmlDoc& doc_;
+  const xmlChar* url_;
+};
 
 void XMLWSchemaValidityErrorFunc(void* context, const char* message, ...) noexcept {
   if (message == nullptr) return;
@@ -146,7 +161,10 @@ bool XMLWrapperSchema::validateDocument(xmlDoc* doc, ErrorOut error) const {
 
   std::string gathered;
   xmlSchemaSetValidErrors(validator.get(), &XMLWSchemaValidityErrorFunc, nullptr, &gathered);
-  const bool valid = xmlSchemaValidateDoc(validator.get(), doc) == 0;
+  const bool valid = [&] {
+    const WithoutUrl withoutUrl(*doc);
+    return xmlSchemaValidateDoc(validator.get(), doc) == 0;
+  }();
   route.throwIfOutOfMemory();
   if (!valid) storeSchemaError(error, gathered);
   return valid;
@@ -171,7 +189,8 @@ xmlParserInput* XMLWExternalEntityLoader(const char* url, const char* /*publicId
 }
 
 void storeSchemaError(ErrorOut error, std::string_view description) {
-  storeError(error, kXMLWrapperErrorDomain, 100, kLocalizedDescriptionKey, description);
+  storeError(error, kXMLWrapperErrorDomain, kXMLWrapperErrorNotValid, kLocalizedDescriptionKey,
+             description);
 }
 
 }  // namespace kestrelink

@@ -1,6 +1,7 @@
-// Runs a target over files, without a fuzzing engine: replay TARGET [--damaged] FILE_OR_FOLDER...
-// With --damaged each file is also cut off at 200 places and has a bit flipped at 200 places; which
-// they are depends on its size alone.
+// Runs a target over files, without a fuzzing engine: replay TARGET [--damaged|--scale=N]
+// FILE_OR_FOLDER... With --damaged each file is also cut off at 200 places and has a bit flipped at
+// 200 places; which they are depends on its size alone. With a scale the repetitions of recipes are
+// multiplied.
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -37,11 +38,16 @@ int runDamaged(const Target& target, const std::string& text) {
   return 2 * kTimes;
 }
 
-int run(const Target& target, const std::filesystem::path& path, bool damaged) {
+struct Options {
+  bool damaged = false;
+  int scale = 1;
+};
+
+int run(const Target& target, const std::filesystem::path& path, const Options& options) {
   if (std::filesystem::is_directory(path)) {
     int count = 0;
     for (const auto& entry : std::filesystem::directory_iterator(path)) {
-      count += run(target, entry.path(), damaged);
+      count += run(target, entry.path(), options);
     }
     return count;
   }
@@ -49,10 +55,10 @@ int run(const Target& target, const std::filesystem::path& path, bool damaged) {
     std::fprintf(stderr, "no file: %s\n", path.c_str());
     return 0;
   }
-  const std::string text = fuzz::attack(path);
+  const std::string text = fuzz::attack(path, options.scale);
   std::fprintf(stderr, "%s\n", path.c_str());
   target(text);
-  return 1 + (damaged ? runDamaged(target, text) : 0);
+  return 1 + (options.damaged ? runDamaged(target, text) : 0);
 }
 
 }  // namespace
@@ -60,15 +66,22 @@ int run(const Target& target, const std::filesystem::path& path, bool damaged) {
 int main(int count, char** arguments) {
   const auto target = kTargets.find(count > 1 ? arguments[1] : "");
   if (target == kTargets.end()) {
-    std::fprintf(stderr, "replay TARGET [--damaged] FILE_OR_FOLDER...; the targets:\n");
+    std::fprintf(stderr, "replay TARGET [--damaged|--scale=N] FILE_OR_FOLDER...; the targets:\n");
     for (const auto& [name, function] : kTargets) std::fprintf(stderr, "  %s\n", name.c_str());
     return 2;
   }
   fuzz::start();
   int replayed = 0;
-  const bool damaged = count > 2 && arguments[2] == std::string("--damaged");
-  for (int index = damaged ? 3 : 2; index < count; ++index) {
-    replayed += run(target->second, arguments[index], damaged);
+  Options options;
+  for (int index = 2; index < count; ++index) {
+    const std::string argument = arguments[index];
+    if (argument == "--damaged") {
+      options.damaged = true;
+    } else if (argument.starts_with("--scale=")) {
+      options.scale = std::stoi(argument.substr(argument.find('=') + 1));
+    } else {
+      replayed += run(target->second, argument, options);
+    }
   }
   std::printf("%s: %d inputs\n", target->first.c_str(), replayed);
   return replayed > 0 ? 0 : 1;

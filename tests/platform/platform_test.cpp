@@ -1,3 +1,7 @@
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -47,7 +51,8 @@ TEST(Base64, ToleratesWhatIsOutsideItsAlphabet) {
   for (const auto text : {"YWJjZA==", " YW\r\nJj\tZA= =", "*YWJj-ZA==!"}) {
     EXPECT_EQ(decodeBase64(text), abc) << text;
   }
-  for (const auto text : {"Y", "YWJjZ", "YWJjZA", "YWJjZA=", "====", "YW=jZA=="}) {
+  for (const auto text :
+       {"Y", "YWJjZ", "YWJjZA", "YWJjZA=", "====", "YW=jZA==", "A===", "AQIDA===", "YWJj===="}) {
     EXPECT_EQ(decodeBase64(text), std::nullopt) << text;
   }
 }
@@ -70,6 +75,11 @@ TEST(UrlText, LastPathComponent) {
       {"x/..", ".."},
       {"?a.xsd", ""},
       {"///", ""},
+      {"http://a.xsd", ""},
+      {"http://a.xsd?b/c", ""},
+      {"//a.xsd/b", "b"},
+      {"file:a.xsd", "a.xsd"},
+      {"x/a:b.xsd", "a:b.xsd"},
   };
   for (const auto& [url, expected] : rows) EXPECT_EQ(lastPathComponent(url), expected) << url;
 }
@@ -98,6 +108,26 @@ TEST(ResourceBundle, NamesNeverLeaveTheFolder) {
   }
 }
 
+// What is only out of reach for a moment must not be remembered as missing.
+TEST(ResourceBundle, FileDescriptors) {
+  const ResourceBundle bundle(SOURCE_DIR);
+  const int kept = ::dup(STDIN_FILENO);
+  ::close(STDIN_FILENO);
+  EXPECT_TRUE(bundle.bytes("README", "md"));
+  EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1) << "the descriptor was given back";
+  ::dup2(kept, STDIN_FILENO);
+  ::close(kept);
+
+  rlimit before{};
+  ::getrlimit(RLIMIT_NOFILE, &before);
+  const rlimit none{0, before.rlim_max};
+  ::setrlimit(RLIMIT_NOFILE, &none);
+  EXPECT_THROW(SAMLParserController(), std::bad_alloc);
+  EXPECT_THROW(static_cast<void>(bundle.bytes("README", "md")), std::bad_alloc);
+  ::setrlimit(RLIMIT_NOFILE, &before);
+  EXPECT_TRUE(SAMLParserController().schema());
+}
+
 TEST(SAMLDate, ReadsExactlyOneForm) {
   for (const auto date : {"2014-05-06T07:08:09Z", "2024-02-29T23:59:59Z", "0001-01-01T00:00:00Z",
                           "9999-12-31T23:59:59Z", "1969-12-31T23:59:59Z"}) {
@@ -108,10 +138,20 @@ TEST(SAMLDate, ReadsExactlyOneForm) {
         "2014-05-06 07:08:09Z", "2014-05-06", "2014-5-6T7:8:9Z", "2023-02-29T00:00:00Z",
         "2014-13-01T00:00:00Z", "2014-00-01T00:00:00Z", "2014-05-06T24:00:00Z",
         "2014-05-06T07:60:09Z", "2014-05-06T07:08:60Z", "0000-01-01T00:00:00Z",
-        " 2014-05-06T07:08:09Z", "2014-05-06T07:08:09z", "+014-05-06T07:08:09Z"}) {
+        " 2014-05-06T07:08:09Z", "2014-05-06T07:08:09z", "+014-05-06T07:08:09Z",
+        "2014-05-06T07:08:/9Z", "2014-05-06T07:08:0:Z"}) {
     EXPECT_EQ(SAMLDateFromString(text), std::nullopt) << text;
   }
   EXPECT_EQ(SAMLDateFromString(std::nullopt), std::nullopt);
+
+  // Beyond the years that have four digits nothing is written, and the log says so.
+  const LogCapture log;
+  for (const int year : {-1, 0, 10000, 12026}) {
+    EXPECT_EQ(SAMLStringFromDate(std::chrono::sys_days(std::chrono::year(year) / 6 / 1)),
+              std::nullopt)
+        << year;
+  }
+  EXPECT_EQ(LogCapture::lines().size(), 4u);
 }
 
 TEST(SAMLDate, DropsFractionsAndComparesWithTimePointsExactly) {
@@ -131,6 +171,15 @@ TEST(SAMLDate, DropsFractionsAndComparesWithTimePointsExactly) {
   EXPECT_LT(long_ago, system_clock::time_point::min());
   EXPECT_LT(SAMLDate(system_clock::time_point::min()), system_clock::time_point::min());
   EXPECT_EQ(system_clock::time_point(long_ago), system_clock::time_point::min());
+
+  // Beyond the range of time points too, and for every precision.
+  EXPECT_EQ(std::optional(never), std::optional(never));
+  EXPECT_NE(never, long_ago);
+  EXPECT_NE(never, SAMLDate(never.seconds() + std::chrono::seconds(1)));
+  const std::chrono::sys_days day(std::chrono::year(2500) / 1 / 1);
+  EXPECT_EQ(SAMLDate(day), day);
+  EXPECT_LT(SAMLDate(day), std::chrono::sys_seconds(day) + std::chrono::seconds(1));
+  EXPECT_GT(SAMLDate(day), std::chrono::sys_days(std::chrono::year(2499) / 1 / 1));
 }
 
 }  // namespace

@@ -167,6 +167,57 @@ TEST_F(Requests, WhateverTextIsSetTheMessageCanBeRead) {
             "An element whose tag name is no XML name cannot be written (3 times)");
 }
 
+TEST_F(Requests, TheResourceIsWrittenAsItStands) {
+  const LogCapture log;
+  for (const auto resource :
+       {"https://tv.example/?x[]=1", "/a|b", "/{id}", "/\u00FC", "not a URL"}) {
+    const auto query = controller_.newAuthZQuery(resource, "C");
+    EXPECT_EQ(query->requestElement()->resource(), resource);
+    const auto again = SAMLAuthZDecisionQuery::initWithData(bytes(*query->xmlString()), nullptr);
+    EXPECT_EQ(again->requestElement()->resource(), resource);
+  }
+  const auto none = controller_.newAuthZQuery(std::string_view(), "C")->requestElement();
+  EXPECT_EQ(none->resource(), std::nullopt);
+  EXPECT_TRUE(none->attributeWithName("Resource"));
+
+  // A date that no message can carry leaves the attribute without a value.
+  const auto logout = controller_.newLogoutRequest();
+  logout->setNotOnOrAfter(SAMLDate(std::chrono::sys_days(std::chrono::year(12026) / 1 / 1)));
+  EXPECT_EQ(logout->requestElement()->attributeWithName("NotOnOrAfter")->value(), std::nullopt);
+}
+
+// The order that a receiver asks for, whatever the order in which children were added.
+TEST_F(Requests, ChildrenAreWrittenInTheStandardsOrder) {
+  const auto order = [](const std::shared_ptr<XMLWrapperElement>& element) {
+    std::vector<std::string> names = element->childElementSequence().value();
+    element->setElements({});
+    for (auto name = names.rbegin(); name != names.rend(); ++name) {
+      element->addChildElement(XMLWrapperElement::initWithTagName(*name));
+    }
+    element->xmlString();
+    return shown(element->elements());
+  };
+  const std::string statement =
+      "[<Issuer> <Signature> <Subject> <Conditions> <Advice> <AuthnStatement> "
+      "<AuthzDecisiontStatement> <AttributeStatement>]";
+  EXPECT_EQ(order(SAMLAssertion::createElement()), statement);
+  EXPECT_EQ(order(SAMLAuthNStatement::createElement()), statement);
+  EXPECT_EQ(order(SAMLSubject::createElement()), "[<NameId> <SubjectConfirmation>]");
+  EXPECT_EQ(order(SAMLConditions::createElement()),
+            "[<Condition> <AudienceRestriction> <OneTimeUse>]");
+  EXPECT_EQ(order(SAMLSignature::createElement()), "[<SignedInfo> <SignatureValue> <KeyInfo>]");
+  EXPECT_EQ(order(SAMLScoping::createElement()), "[<IDPList> <RequesterID>]");
+  EXPECT_EQ(order(SAMLAuthNRequestElement::createElement()),
+            "[<Issuer> <Signature> <Subject> <NameIdPolicy> <Conditions> <RequestedAuthnContext> "
+            "<Scoping>]");
+  EXPECT_EQ(order(SAMLAttributeQueryElement::createElement()),
+            "[<Issuer> <Signature> <Subject> <Attribute>]");
+  EXPECT_EQ(order(SAMLAuthZDecisionQueryElement::createElement()),
+            "[<Issuer> <Signature> <Subject> <Action> <Element>]");
+  EXPECT_EQ(order(SAMLLogoutRequestElement::createElement()),
+            "[<Issuer> <Signature> <NameId> <SessionIndex>]");
+}
+
 // Each document class over its own request, and over a message that is none.
 TEST_F(Requests, DocumentsFromBytes) {
   const auto other = bytes("<Response/>");

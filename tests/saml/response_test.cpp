@@ -132,17 +132,29 @@ TEST(Response, StatusSaysWhatToDoNext) {
     EXPECT_EQ(response->expectedAction(), action) << status;
     EXPECT_EQ(response->primaryStatusCode().has_value(), !codes.empty());
   }
+
+  // A code without a value ends the list: what is nested in it must not read as "proceed".
+  for (const auto none : {"", " Value='&e;'"}) {
+    const auto response = read(
+        "<!DOCTYPE Response [<!ENTITY e 'x'>]><Response><Status><StatusCode" + std::string(none) +
+        "><StatusCode Value='" + success + "'/></StatusCode></Status></Response>");
+    EXPECT_EQ(response->statusCodes(), Texts()) << none;
+    EXPECT_EQ(response->expectedAction(), SAMLExpectedActionNone) << none;
+  }
 }
 
-TEST(Response, DecisionsForAUrl) {
+TEST(Response, DecisionsForAResource) {
   const std::string statement = "<AuthzDecisiontStatement Resource='";
   const auto response =
       read("<Response>" + assertion(statement + "https://tv.example/1'/>") +
            assertion(statement + "https://tv.example/1' Decision='Permit'/>" + statement +
                      "https://tv.example/2' Decision='Indeterminate'/>") +
-           assertion(statement + "https://tv.example/2' Decision='Deny'/>") + "</Response>");
+           assertion(statement + "https://tv.example/2' Decision='Deny'/>" + statement +
+                     "/{id}|\u00FC x[]=1' Decision='Deny'/>") +
+           "</Response>");
   EXPECT_EQ(response->authorizationStatusForResource("https://tv.example/1"), "Permit");
   EXPECT_EQ(response->authorizationStatusForResource("https://tv.example/2"), "Indeterminate");
+  EXPECT_EQ(response->authorizationStatusForResource("/{id}|\u00FC x[]=1"), "Deny");
   for (const auto none : {"https://tv.example/3", "https://TV.example/1", "not a URL", ""}) {
     EXPECT_EQ(response->authorizationStatusForResource(none), std::nullopt) << none;
   }
@@ -151,6 +163,21 @@ TEST(Response, DecisionsForAUrl) {
 struct RefusedSignature : SAMLSignature {
   bool isValid() const override { return false; }
 };
+
+struct SilentlyInvalid : SAMLAssertion {
+  bool isValid(ErrorOut /*error*/) const override { return false; }
+};
+
+TEST(Response, AssertionsThatDoNotSayWhyAreCode400) {
+  static const XMLWrapperElementClass silent("Silent", &makeElementInstance<SilentlyInvalid>);
+  SAMLParserController::sharedInstance();
+  XMLWrapperElementFactory::registerClass(&silent, "Assertion");
+  const auto response = read("<Response><Assertion/></Response>");
+  XMLWrapperElementFactory::registerClass(&SAMLAssertion::elementClass, "Assertion");
+  std::optional<ErrorInfo> error;
+  EXPECT_FALSE(response->isValid(&error));
+  EXPECT_EQ(text(error), "SAMLParserErrorDomain 400");
+}
 
 // A signature class of the client's own, or of a later version, is heeded.
 TEST(Response, ASignatureThatSaysNoIsHeeded) {

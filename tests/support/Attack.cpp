@@ -12,14 +12,15 @@
 namespace fuzz {
 namespace {
 
-std::string expanded(std::string_view text) {
+std::string expanded(std::string_view text, int scale) {
   std::string result;
   for (std::size_t at = text.find("@{"); at != std::string_view::npos; at = text.find("@{")) {
     const std::size_t bar = text.find('|', at), end = text.find('}', bar);
     const std::string_view piece = text.substr(bar + 1, end - bar - 1);
     const std::size_t mark = piece.find('#');
     result += text.substr(0, at);
-    for (int time = 0; time < std::stoi(std::string(text.substr(at + 2, bar))); ++time) {
+    const int times = scale * std::stoi(std::string(text.substr(at + 2, bar)));
+    for (int time = 0; time < times; ++time) {
       result += piece.substr(0, mark);
       if (mark == std::string_view::npos) continue;
       result.append(std::to_string(time)).append(piece.substr(mark + 1));
@@ -47,12 +48,14 @@ std::string contentOf(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::string attack(const std::filesystem::path& path) {
+std::string attack(const std::filesystem::path& path, int scale) {
   std::string text = contentOf(path);
+  if (path.extension() != ".recipe") return text;
   std::smatch directive;
   const std::string first = text.substr(0, text.find('\n'));
-  if (!std::regex_match(first, directive, std::regex("@(raw|iconv) ?(.*)"))) return expanded(text);
-  text = expanded(std::string_view(text).substr(first.size() + 1));
+  if (!std::regex_match(first, directive, std::regex("@(raw|iconv) ?(.*)")))
+    return expanded(text, scale);
+  text = expanded(std::string_view(text).substr(first.size() + 1), scale);
   return directive[1] == "raw" ? text : inEncoding(directive[2], text);
 }
 

@@ -1,6 +1,8 @@
 // What the tests share: inline XML, a clock that stands still, a log that can be read.
 #pragma once
 
+#include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -25,6 +27,15 @@ inline SharedBytes bytes(std::string_view text) {
 /// What a file of the project contains.
 inline std::string file(std::string_view name) {
   return fuzz::contentOf(SOURCE_DIR "/" + std::string(name));
+}
+
+/// Compares a text with what a file of the project keeps; or keeps the text, when the environment
+/// asks for that with KESTRELINK_RENEW.
+inline void expectKept(const std::string& name, const std::string& text) {
+  if (std::getenv("KESTRELINK_RENEW") != nullptr) {
+    std::ofstream(SOURCE_DIR "/" + name, std::ios::binary) << text;
+  }
+  EXPECT_EQ(text, file(name)) << name;
 }
 
 /// The document of an inline message, read without a schema and with the SAML classes registered.

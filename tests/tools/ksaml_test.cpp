@@ -137,7 +137,6 @@ TEST(Ksaml, MakesRequests) {
   const std::string refused[] = {"authn",
                                  "authn --issuer I --subject-from /absent",
                                  "authn --issuer I --subject-from " + kGolden + "denied.xml",
-                                 "authz --channel C --resource 'no URL'",
                                  "logout --not-on-or-after 2030-02-30T12:00:00Z",
                                  "logout --not-on-or-after 2030-01-31",
                                  ""};

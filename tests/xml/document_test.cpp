@@ -1,7 +1,5 @@
 #include <libxml/tree.h>
 
-#include "kestrelink/xml/libxml/AbsoluteUrl.h"
-
 #include "tests/support/Support.h"
 
 namespace kestrelink::testing {
@@ -104,13 +102,6 @@ TEST(Document, ThousandsOfNamespacesCostNoElementAnything) {
   const auto found = doc->getResultsByXpathQuery("*");
   ASSERT_EQ(found->size(), 3000u);
   EXPECT_EQ(&found->front()->namespaces().at(2999), &found->back()->namespaces().at(0));
-}
-
-TEST(AbsoluteUrl, IsTheTextItselfOrAbsent) {
-  EXPECT_EQ(absoluteUrlText("https://tv.example/ch?x=1"), "https://tv.example/ch?x=1");
-  for (const auto none : {""sv, "http://tv.example/a b"sv, "http://[tv"sv, "a\0b"sv, "%zz"sv}) {
-    EXPECT_EQ(absoluteUrlText(none), std::nullopt) << none;
-  }
 }
 
 }  // namespace

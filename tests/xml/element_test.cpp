@@ -3,6 +3,7 @@
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 #include "kestrelink/xml/libxml/DetachedNode.h"
+#include "kestrelink/xml/libxml/XmlCharacters.h"
 
 #include "tests/support/Support.h"
 
@@ -119,6 +120,27 @@ TEST(ElementReading, ClassesComeFromTheLocalName) {
             "XMLWrapperElement XMLWrapperElement ");
 }
 
+// In a process of its own: nobody has asked the factory before.
+TEST(ElementFactory, KnowsThePlainClassFromTheStart) {
+  EXPECT_EQ(XMLWrapperElementFactory::elementClassByTagName("DefaultElementClass"),
+            &XMLWrapperElement::elementClass);
+}
+
+struct Ordered : XMLWrapperElement {
+  Ordered() { setChildElementSequence({{"b", "a"}}); }
+};
+
+TEST(ElementReading, AClassMayHaveAnOrderBeforeItIsRead) {
+  static const XMLWrapperElementClass ordered("Ordered", &makeElementInstance<Ordered>);
+  XMLWrapperElementFactory::registerClass(&ordered, "Ordered");
+  const auto doc = read("<o:Ordered xmlns:o='urn:ordered'><a/><b/></o:Ordered>");
+  const auto element = doc->documentElement();
+  EXPECT_EQ(element->tagName(), "Ordered");
+  EXPECT_EQ(element->getResultsByXpathQuery("a")->size(), 1u);
+  EXPECT_EQ(element->xmlString(),
+            "<o:Ordered xmlns:o=\"urn:ordered\">\n  <b/>\n  <a/>\n</o:Ordered>");
+}
+
 TEST(ElementFactory, Registration) {
   using Factory = XMLWrapperElementFactory;
   Factory::registerClass(&SAMLStatus::elementClass, "");
@@ -175,6 +197,31 @@ TEST(ElementTree, RefusesToHoldItself) {
   EXPECT_EQ(LogCapture::lines().size(), 4u);
   EXPECT_EQ(top->xmlString(),
             "<top>\n  <middle>\n    <bottom>\n      <fine/>\n    </bottom>\n  </middle>\n</top>");
+}
+
+// Each would take minutes if everything below an element were looked at for every child.
+TEST(ElementTree, ChecksForCyclesInLittleTime) {
+  std::shared_ptr<Element> top = made("bottom");
+  const auto bottom = top;
+  for (int level = 0; level < 200000; ++level) {
+    const auto above = made("c");
+    above->addChildElement(top);
+    top = above;
+  }
+  const LogCapture log;
+  bottom->addChildElement(top);
+  EXPECT_EQ(LogCapture::lines().size(), 1u);
+
+  std::vector<std::shared_ptr<Element>> pair = {made("x"), made("y")};
+  const auto shared = pair[0];
+  for (int level = 0; level < 64; ++level) {
+    const std::vector<std::shared_ptr<Element>> above = {made("x"), made("y")};
+    for (const auto& element : above) element->setElements(pair);
+    pair = above;
+  }
+  shared->addChildElement(pair[0]);
+  shared->addChildElement(made("fine"));
+  EXPECT_EQ(shown(shared->elements()), "[<fine>]");
 }
 
 TEST(ElementWriting, ChildrenFollowTheSequenceForGood) {
@@ -239,6 +286,29 @@ TEST(ElementWriting, NamesOfNamespacesAreWrittenWellFormed) {
     element->setNamespace(std::make_shared<XMLWrapperNamespace>(std::nullopt, name));
     EXPECT_EQ(element->xmlString(), "<e xmlns=\"" + written + "\"/>");
   }
+}
+
+TEST(ElementWriting, NamesEndWhereXmlSaysTheyDo) {
+  // The first and last of each range of XML 1.0, productions 4 and 4a, and their neighbours.
+  const std::string starts[] = {"A",      "Z",      "a",      "z",          "_",         "\u00C0",
+                                "\u00D6", "\u00D8", "\u00F6", "\u00F8",     "\u02FF",    "\u0370",
+                                "\u037D", "\u037F", "\u1FFF", "\u200C",     "\u200D",    "\u2070",
+                                "\u218F", "\u2C00", "\u2FEF", "\u3001",     "\uD7FF",    "\uF900",
+                                "\uFDCF", "\uFDF0", "\uFFFD", "\U00010000", "\U000EFFFF"};
+  const std::string parts[] = {"-",      ".",      "0",      "9",     "\u00B7",
+                               "\u0300", "\u036F", "\u203F", "\u2040"};
+  const std::string never[] = {"@",          "[",      "`",      "{",      "/",      ",",
+                               ";",          "\u00BF", "\u00D7", "\u00F7", "\u037E", "\u2000",
+                               "\u200B",     "\u200E", "\u206F", "\u2190", "\u2BFF", "\u2FF0",
+                               "\u3000",     "\uE000", "\uF8FF", "\uFDD0", "\uFDEF", "\uFFFE",
+                               "\U000F0000", "\u00B6", "\u00B8", "\u203E", "\u2041"};
+  for (const std::string& name : starts)
+    EXPECT_TRUE(isXmlName(name) && isXmlName("a" + name)) << name;
+  for (const std::string& name : parts)
+    EXPECT_TRUE(!isXmlName(name) && isXmlName("a" + name)) << name;
+  for (const std::string& name : never)
+    EXPECT_FALSE(isXmlName(name) || isXmlName("a" + name)) << name;
+  EXPECT_TRUE(isXmlName("a:b") && isXmlName(":") && !isXmlNCName("a:b"));
 }
 
 TEST(ElementLifetime, ElementsOutliveTheirDocument) {

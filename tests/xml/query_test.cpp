@@ -54,6 +54,16 @@ TEST(Query, Errors) {
   EXPECT_EQ(LogCapture::lines(), std::vector<std::string>{"XMLWrapperErrorDomain 301"});
 }
 
+TEST(Query, PrefixesAreFoundWhereverTheyStand) {
+  const auto doc = read("<o:r xmlns:o='urn:o' xmlns:odiv='urn:d' x='3'><o:n>2</o:n><b/></o:r>");
+  for (const auto xpath : {"/*[@x -o:n > 0]", "/*[-o:n < 0]", "/*[5-o:n = 3]", "/*[@x div-o:n < 0]",
+                           "/*[o :n]", "/*[o:n|odiv:x]", "/*[o:n!='a:b']", "/*[.-o:n != 1]"}) {
+    std::optional<ErrorInfo> error;
+    const auto results = doc->getResultsByXpathQuery(xpath, &error);
+    EXPECT_EQ(results ? results->size() : 0, 1u) << xpath << " " << text(error);
+  }
+}
+
 TEST(Query, TheLatestBindingOfAPrefixIsInForce) {
   const auto first = read("<l:r xmlns:l='urn:first'/>");
   EXPECT_EQ(first->getResultsByXpathQuery("/l:r")->size(), 1u);
@@ -75,7 +85,9 @@ TEST(Query, NodesWithoutADocument) {
   EXPECT_EQ(element->getResultsByXpathQuery("."), std::nullopt) << "no query object";
   const auto query = std::make_shared<XMLWrapperQuery>();
   element->setQuery(query);
-  EXPECT_EQ(element->getResultsByXpathQuery(".")->size(), 1u);
+  for (const auto self : {".", "ancestor-or-self::*", "(//x | .)"}) {
+    EXPECT_EQ(element->getResultsByXpathQuery(self)->size(), 1u) << self;
+  }
   EXPECT_EQ(element->getResultsByXpathQuery("//made")->size(), 0u);
 
   const XmlNodeOwner node(xmlNewNode(nullptr, BAD_CAST "free"));
@@ -85,6 +97,12 @@ TEST(Query, NodesWithoutADocument) {
   EXPECT_EQ(query->elementForNode({nullptr, node.get()})->tagName(), "free");
   const XmlNodeOwner textNode(xmlNewText(BAD_CAST "text"));
   EXPECT_EQ(query->elementForNode({nullptr, textNode.get()}), nullptr);
+
+  // A node of another document is no context.
+  const auto here = XMLWrapperDoc::initWithData(bytes("<r/>"), nullptr);
+  const SharedXmlDoc elsewhere = read("<r/>")->docNode();
+  EXPECT_EQ(query->executeXpathQuery({elsewhere, here->nodePtr()}, ".", &error), std::nullopt);
+  EXPECT_EQ(text(error), "XMLWrapperErrorDomain 201");
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <libxml/parser.h>
+#include <libxml/tree.h>
 
 #include "kestrelink/xml/XMLWrapperSchema.h"
 
@@ -53,9 +54,22 @@ TEST(Schema, WhatCannotBeCompiledIsLogged) {
   EXPECT_EQ(error->info.begin()->second, "Failed to create schema context");
 }
 
+// libxml2 takes an I/O error of before for the reason why an import is missing, and passes over it.
+TEST(Schema, AMissingImportIsMissedWhateverFailedBefore) {
+  const LogCapture log;
+  const XmlDocOwner doc(xmlNewDoc(BAD_CAST "1.0"));
+  xmlSaveFile("/absent/folder/file.xml", doc.get());
+  ASSERT_EQ(xmlGetLastError()->domain, XML_FROM_IO);
+  EXPECT_EQ(XMLWrapperSchema::initWithSchemaData(schema(import("absent.xsd") +
+                                                        "<xs:element name='r' xmlns:x="
+                                                        "'http://www.w3.org/2001/04/xmlenc#' "
+                                                        "type='x:EncryptedDataType'/>")),
+            nullptr);
+}
+
 TEST(Schema, ImportsComeFromTheBundleWhateverTheirLocation) {
-  for (const auto location :
-       {"xenc-schema.xsd", "http://host.example/a/b/xenc-schema.xsd", "/no/such/xenc-schema.xsd"}) {
+  for (const auto location : {"xenc-schema.xsd", "http://host.example/a/b/xenc-schema.xsd",
+                              "/no/such/xenc-schema.xsd", "file:xenc-schema.xsd"}) {
     const auto importing = schema(import(location) + "<xs:element name='r'/>");
     EXPECT_TRUE(XMLWrapperSchema::initWithSchemaData(importing)) << location;
   }
@@ -74,9 +88,9 @@ TEST(Schema, TheEntityLoaderServesTheBundleAndNothingElse) {
   EXPECT_EQ(xmlGetExternalEntityLoader(), &XMLWExternalEntityLoader);
   const std::unique_ptr<xmlParserCtxt, void (*)(xmlParserCtxtPtr)> context(xmlNewParserCtxt(),
                                                                            xmlFreeParserCtxt);
-  for (const auto url :
-       {"/etc/hostname", "../lib/libkestrelink-saml.so", "..", ".", "", "?", "http://host.example/",
-        "saml-schema-protocol-2.0", "x?saml-schema-protocol-2.0.xsd"}) {
+  for (const auto url : {"/etc/hostname", "../lib/libkestrelink-saml.so", "..", ".", "", "?",
+                         "http://host.example/", "saml-schema-protocol-2.0",
+                         "x?saml-schema-protocol-2.0.xsd", "http://saml-schema-protocol-2.0.xsd"}) {
     EXPECT_EQ(XMLWExternalEntityLoader(url, nullptr, context.get()), nullptr) << url;
   }
   EXPECT_EQ(XMLWExternalEntityLoader(nullptr, nullptr, context.get()), nullptr);

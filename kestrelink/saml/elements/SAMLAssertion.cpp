@@ -54,11 +54,11 @@ std::vector<std::shared_ptr<SAMLAttribute>> SAMLAssertion::samlAttributes() cons
 
 bool SAMLAssertion::isValid(ErrorOut error) const {
   if (const auto own = signature(); own && !own->isValid()) {
-    storeError(error, kSAMLParserErrorDomain, 500);
+    storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorSignature);
     return false;
   }
   if (const auto statement = authentication(); statement && !statement->isValid()) {
-    storeError(error, kSAMLParserErrorDomain, 401);
+    storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorTime);
     return false;
   }
   return true;

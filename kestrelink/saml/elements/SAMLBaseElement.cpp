@@ -13,7 +13,7 @@ constinit const XMLWrapperElementClass SAMLBaseElement::elementClass{
     "SAMLBaseElement", &makeElementInstance<SAMLBaseElement>};
 
 std::shared_ptr<SAMLBaseElement> SAMLBaseElement::createElement(ErrorOut error) {
-  storeError(error, kSAMLParserErrorDomain, 201);
+  storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorNoMaker);
   return nullptr;
 }
 

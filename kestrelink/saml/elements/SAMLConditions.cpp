@@ -51,7 +51,7 @@ bool SAMLConditions::assertionMeetsConditions(ErrorOut error) const {
   const auto from = notBefore();
   const auto until = notOnOrAfter();
   const bool met = (!from || *from <= now) && (!until || *until > now);
-  if (!met) storeError(error, kSAMLParserErrorDomain, 401);
+  if (!met) storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorTime);
   return met;
 }
 

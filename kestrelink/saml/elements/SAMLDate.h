@@ -10,14 +10,16 @@ namespace kestrelink {
 ///     if (const auto until = response->authenticationTTL(); until && *until > system_clock::now())
 ///
 /// Unlike a `system_clock::time_point`, which ends in the year 2262, it holds the dates with which
-/// providers say "never": comparing it with a time point is exact, and converting it saturates.
+/// providers say "never". Comparisons with time points of any precision are exact; the conversion
+/// to `time_point` saturates. Messages carry the years 0001 to 9999; other dates are not written.
 class SAMLDate {
  public:
   using time_point = std::chrono::system_clock::time_point;
 
-  constexpr explicit SAMLDate(std::chrono::sys_seconds instant) : instant_(instant) {}
   /// Drops the fraction of a second.
-  constexpr SAMLDate(time_point instant)  // NOLINT(google-explicit-constructor): loses little
+  template <class Duration>
+  constexpr SAMLDate(  // NOLINT(google-explicit-constructor): loses little
+      std::chrono::sys_time<Duration> instant)
       : instant_(std::chrono::floor<std::chrono::seconds>(instant)) {}
 
   constexpr std::chrono::sys_seconds seconds() const { return instant_; }
@@ -33,16 +35,20 @@ class SAMLDate {
     return instant_;
   }
 
+  friend constexpr bool operator==(SAMLDate left, SAMLDate right) = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the comparison with 0 for a pointer
-  friend constexpr auto operator<=>(SAMLDate left, SAMLDate right) = default;
-  friend constexpr std::strong_ordering operator<=>(SAMLDate left, time_point right) {
-    const SAMLDate second(right);
-    if (left.instant_ > second.instant_) return std::strong_ordering::greater;
-    if (left.instant_ < second.instant_) return std::strong_ordering::less;
-    const bool whole = right.time_since_epoch() % std::chrono::seconds(1) == time_point::duration();
-    return whole ? std::strong_ordering::equal : std::strong_ordering::less;
+  friend constexpr std::strong_ordering operator<=>(SAMLDate left, SAMLDate right) = default;
+
+  template <class Duration>
+  friend constexpr std::strong_ordering operator<=>(SAMLDate left,
+                                                    std::chrono::sys_time<Duration> right) {
+    // NOLINTNEXTLINE(modernize-use-nullptr): as above
+    if (const auto order = left <=> SAMLDate(right); order != 0) return order;
+    const bool isWhole = right.time_since_epoch() % std::chrono::seconds(1) == Duration::zero();
+    return isWhole ? std::strong_ordering::equal : std::strong_ordering::less;
   }
-  friend constexpr bool operator==(SAMLDate left, time_point right) {
+  template <class Duration>
+  friend constexpr bool operator==(SAMLDate left, std::chrono::sys_time<Duration> right) {
     return (left <=> right) == std::strong_ordering::equal;
   }
 

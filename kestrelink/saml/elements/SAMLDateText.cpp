@@ -1,6 +1,6 @@
 #include "kestrelink/saml/elements/SAMLDateText.h"
 
-#include <array>
+#include "kestrelink/platform/DiagnosticLog.h"
 
 namespace kestrelink {
 namespace {
@@ -24,29 +24,34 @@ int number(std::string_view digits) {
   return value;
 }
 
+std::string digits(unsigned value, std::size_t count) {
+  std::string text(count, '0');
+  for (std::size_t place = count; place-- > 0; value /= 10) {
+    text[place] = static_cast<char>('0' + value % 10);
+  }
+  return text;
+}
+
+constexpr SAMLDate kFirst(std::chrono::sys_days(std::chrono::year(1) / 1 / 1));
+constexpr SAMLDate kEnd(std::chrono::sys_days(std::chrono::year(10000) / 1 / 1));
+
 }  // namespace
 
-std::string SAMLDateFormatter::stringFromDate(SAMLDate date) const {
+std::optional<std::string> SAMLDateFormatter::stringFromDate(SAMLDate date) const {
+  if (date < kFirst || date >= kEnd) {
+    logDiagnostic("A date outside the years 0001 to 9999 cannot be written");
+    return std::nullopt;
+  }
   const auto day = std::chrono::floor<std::chrono::days>(date.seconds());
   const std::chrono::year_month_day calendar(day);
   const std::chrono::hh_mm_ss time(date.seconds() - day);
-  const std::array<unsigned, 6> fields = {static_cast<unsigned>(static_cast<int>(calendar.year())),
-                                          static_cast<unsigned>(calendar.month()),
-                                          static_cast<unsigned>(calendar.day()),
-                                          static_cast<unsigned>(time.hours().count()),
-                                          static_cast<unsigned>(time.minutes().count()),
-                                          static_cast<unsigned>(time.seconds().count())};
-  // From the last digit to the first, each into its place in the shape.
-  std::string text(kShape);
-  std::size_t place = text.size();
-  for (std::size_t field = fields.size(); field-- > 0;) {
-    unsigned rest = fields[field];
-    while (text[place - 1] != 'd') --place;
-    for (; place > 0 && text[place - 1] == 'd'; --place, rest /= 10) {
-      text[place - 1] = static_cast<char>('0' + rest % 10);
-    }
-  }
-  return text;
+  std::string text = digits(static_cast<unsigned>(static_cast<int>(calendar.year())), 4);
+  text.append("-").append(digits(static_cast<unsigned>(calendar.month()), 2));
+  text.append("-").append(digits(static_cast<unsigned>(calendar.day()), 2));
+  text.append("T").append(digits(static_cast<unsigned>(time.hours().count()), 2));
+  text.append(":").append(digits(static_cast<unsigned>(time.minutes().count()), 2));
+  text.append(":").append(digits(static_cast<unsigned>(time.seconds().count()), 2));
+  return text.append("Z");
 }
 
 std::optional<SAMLDate> SAMLDateFormatter::dateFromString(std::string_view text) const {

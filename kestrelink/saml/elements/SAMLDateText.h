@@ -12,7 +12,8 @@ namespace kestrelink {
 /// seconds, whatever the locale and time zone of the process.
 class SAMLDateFormatter {
  public:
-  std::string stringFromDate(SAMLDate date) const;
+  /// `std::nullopt`, with a line in the log, for a year outside 0001 to 9999.
+  std::optional<std::string> stringFromDate(SAMLDate date) const;
   /// Absent for anything but exactly that form: fractions of a second and offsets are common in
   /// real messages and do not parse.
   std::optional<SAMLDate> dateFromString(std::string_view text) const;

@@ -13,7 +13,7 @@ template <class Element>
 std::shared_ptr<Element> messageRoot(const XMLWrapperDoc& doc, ErrorOut error) {
   auto root = std::dynamic_pointer_cast<Element>(doc.documentElement());
   if (!root) {
-    storeError(error, kSAMLParserErrorDomain, 102, kReceivedClassKey,
+    storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorWrongRoot, kReceivedClassKey,
                doc.documentElement()->dynamicClass().name());
   }
   return root;

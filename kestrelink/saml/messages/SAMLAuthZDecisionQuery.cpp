@@ -5,7 +5,6 @@
 #include "kestrelink/saml/elements/SAMLElementClasses.h"
 #include "kestrelink/saml/messages/MessageRoot.h"
 #include "kestrelink/saml/messages/SubjectFromResponse.h"
-#include "kestrelink/xml/libxml/AbsoluteUrl.h"
 
 namespace kestrelink {
 
@@ -50,7 +49,8 @@ void SAMLAuthZDecisionQuery::addAction(std::string_view action) {
   if (requestElement_) requestElement_->addAction(action);
 }
 void SAMLAuthZDecisionQuery::setResource(std::string_view url) {
-  if (requestElement_) requestElement_->setResource(absoluteUrlText(url));
+  if (!requestElement_) return;
+  requestElement_->setResource(url.data() == nullptr ? std::nullopt : std::optional(url));
 }
 
 }  // namespace kestrelink

@@ -46,7 +46,8 @@ class KESTRELINK_EXPORT SAMLAuthZDecisionQuery : public XMLWrapperDoc {
   /// with the schema this document was made with. Nothing happens when the text yields no subject.
   void setSubjectFromResponse(std::string_view response);
   void addAction(std::string_view action);
-  /// The resource's URL. Text that is no URL is written as an empty resource.
+  /// The resource's URL (SAML 2.0 core, section 3.3.2.4), written as it stands. A view without
+  /// text, `std::string_view()`, is no URL: the attribute is written without a value.
   void setResource(std::string_view url);
 
  private:

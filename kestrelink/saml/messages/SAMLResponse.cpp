@@ -9,7 +9,6 @@
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/messages/MessageRoot.h"
 #include "kestrelink/xml/StoreError.h"
-#include "kestrelink/xml/libxml/AbsoluteUrl.h"
 
 namespace kestrelink {
 
@@ -110,7 +109,7 @@ bool SAMLResponse::assertionMeetsConditions(ErrorOut error) const {
 bool SAMLResponse::isValid(ErrorOut error) const {
   if (!responseElement_) return true;
   if (const auto signature = responseElement_->signature(); signature && !signature->isValid()) {
-    storeError(error, kSAMLParserErrorDomain, 500);
+    storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorSignature);
     return false;
   }
   const SAMLResponseElement& element = *responseElement_;
@@ -123,7 +122,7 @@ bool SAMLResponse::isValid(ErrorOut error) const {
     if (assertion->isValid(&lastError)) anyValid = true;
   }
   if (all.empty() || anyValid) return true;
-  if (!lastError) storeError(&lastError, kSAMLParserErrorDomain, 400);
+  if (!lastError) storeError(&lastError, kSAMLParserErrorDomain, kSAMLParserErrorNoValidAssertion);
   if (error != nullptr) *error = std::move(lastError);
   return false;
 }
@@ -134,8 +133,11 @@ std::vector<std::string> SAMLResponse::statusCodes() const {
   std::vector<std::string> codes;
   const auto status = responseElement_ ? responseElement_->status() : nullptr;
   auto code = status ? status->statusCode() : nullptr;
+  // A code without a value ends the list: a nested one must not pass for the one above it.
   for (; code; code = code->statusCode()) {
-    if (auto value = code->value()) codes.push_back(std::move(*value));
+    auto value = code->value();
+    if (!value) break;
+    codes.push_back(std::move(*value));
   }
   return codes;
 }
@@ -158,10 +160,8 @@ SAMLExpectedAction SAMLResponse::expectedAction() const {
 
 std::optional<std::string> SAMLResponse::authorizationStatusForResource(
     std::string_view resource) const {
-  const auto url = absoluteUrlText(resource);
-  if (!url) return std::nullopt;
   for (const auto& assertion : assertionsOrNone()) {
-    if (auto decision = assertion->authorizationForResource(*url)) return decision;
+    if (auto decision = assertion->authorizationForResource(resource)) return decision;
   }
   return std::nullopt;
 }

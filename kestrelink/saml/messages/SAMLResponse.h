@@ -80,13 +80,13 @@ class KESTRELINK_EXPORT SAMLResponse : public XMLWrapperDoc {
   /// all of `SAMLParserErrorDomain`.
   bool isValid(ErrorOut error = nullptr) const;
 
-  /// The status URIs, top level first; a code without a value is passed over.
+  /// The status URIs, top level first; the list ends at a code without a value.
   std::vector<std::string> statusCodes() const;
   std::optional<std::string> primaryStatusCode() const;
   SAMLExpectedAction expectedAction() const;
 
-  /// The decision for the URL as it was sent ("Permit", "Deny" or "Indeterminate"), from the first
-  /// assertion that has a statement about it; absent when none has and for text that is no URL.
+  /// The decision for the resource as it was sent ("Permit", "Deny" or "Indeterminate"), from the
+  /// first assertion that has a statement about exactly that text; `std::nullopt` when none has.
   std::optional<std::string> authorizationStatusForResource(std::string_view resource) const;
 
  private:

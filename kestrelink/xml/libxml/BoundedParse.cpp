@@ -1,54 +1,32 @@
 #include "kestrelink/xml/libxml/BoundedParse.h"
 
-#include <algorithm>
+#include <cstddef>
 #include <string_view>
 
 #include <climits>
 #include <libxml/SAX2.h>
+#include <libxml/entities.h>
 #include <libxml/parser.h>
 
 #include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/xml/libxml/LibxmlCompat.h"
 #include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
 #include "kestrelink/xml/libxml/LibxmlSetup.h"
+#include "kestrelink/xml/libxml/LibxmlText.h"
+#include "kestrelink/xml/libxml/OverfullTag.h"
 
 namespace kestrelink {
 namespace {
 
 constexpr std::size_t kMostAttributesOfATag = 5'000;
-constexpr std::size_t kShortestTag =  // with more of them
-    kMostAttributesOfATag * std::string_view(" a=''").size();
 constexpr std::size_t kMostBytesWithDocumentType = 16'384;
 constexpr int kMostEntityReferences = 100;
 constexpr std::size_t kComparisonsOfAnyMessage = 100'000'000;
 constexpr std::size_t kComparisonsPerByte = 20;
 
-// Every attribute has a quote after its "=", and no "<" stands in a tag.
-bool hasManyAttributes(std::string_view betweenTags) {
-  std::size_t count = 0;
-  for (std::size_t at = betweenTags.find('='); at != std::string_view::npos;
-       at = betweenTags.find('=', at + 1)) {
-    const std::size_t next = betweenTags.find_first_not_of(" \t\r\n", at + 1);
-    if (next == std::string_view::npos) break;
-    const bool isAttribute = betweenTags[next] == '"' || betweenTags[next] == '\'';
-    if (isAttribute && ++count > kMostAttributesOfATag) return true;
-  }
-  return false;
-}
-
-// Looks from far ahead back to the next "<": all but long runs without one are skipped unread.
-bool hasTagWithManyAttributes(std::string_view text) {
-  for (std::size_t start = 0; text.size() - start > kShortestTag;) {
-    const std::string_view window = text.substr(start, kShortestTag);
-    if (const std::size_t last = window.rfind('<'); last != 0 && last != std::string_view::npos) {
-      start += last;
-      continue;
-    }
-    const std::size_t end = std::min(text.find('<', start + 1), text.size());
-    if (hasManyAttributes(text.substr(start, end - start))) return true;
-    start = end;
-  }
-  return false;
+// Attributes that the schemas, or XML itself, declare to be of type ID.
+bool isNameOfIdentifiers(std::string_view name) {
+  return name == "ID" || name == "Id" || name == "id";
 }
 
 class Parser {
@@ -70,7 +48,9 @@ class Parser {
                            const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
                            int attributeCount, int defaultedCount,
                            const xmlChar** attributes) noexcept;
-  void countReferences(const xmlChar** attributes, int count);
+  void count(const xmlParserCtxt& parser, const xmlChar** attributes, int count);
+  void countReferences(const xmlParserCtxt& parser, std::string_view value);
+  void countReference(const xmlParserCtxt& parser, const xmlChar* name);
   void refuse(xmlParserCtxt* context) {
     refused_ = true;
     xmlStopParser(context);
@@ -79,6 +59,7 @@ class Parser {
   const std::string& bytes_;
   XmlParserOwner parser_;
   std::size_t comparisons_ = 0;
+  std::size_t identifiers_ = 0;
   int references_ = 0;
   bool hasDocumentType_ = false;
   bool refused_ = false;
@@ -102,8 +83,8 @@ XmlDocOwner Parser::parse() {
 void Parser::startDocument(void* context) noexcept {
   auto* const parser = static_cast<xmlParserCtxt*>(context);
   Parser& self = of(context);
-  if (self.bytes_.size() > kShortestTag &&
-      hasTagWithManyAttributes(libxmlTextAhead(*parser->input))) {
+  if (mayHoldTagWithMoreAttributes(self.bytes_.size(), kMostAttributesOfATag) &&
+      hasTagWithMoreAttributes(libxmlTextAhead(*parser->input), kMostAttributesOfATag)) {
     return self.refuse(parser);
   }
   xmlSAX2StartDocument(context);
@@ -120,10 +101,10 @@ void Parser::internalSubset(void* context, const xmlChar* name, const xmlChar* p
 }
 
 void Parser::reference(void* context, const xmlChar* name) noexcept {
+  auto* const parser = static_cast<xmlParserCtxt*>(context);
   Parser& self = of(context);
-  if (++self.references_ > kMostEntityReferences) {
-    return self.refuse(static_cast<xmlParserCtxt*>(context));
-  }
+  self.countReference(*parser, name);
+  if (self.references_ > kMostEntityReferences) return self.refuse(parser);
   xmlSAX2Reference(context, name);
 }
 
@@ -133,8 +114,9 @@ void Parser::startElement(void* context, const xmlChar* name, const xmlChar* pre
                           const xmlChar** attributes) noexcept {
   auto* const parser = static_cast<xmlParserCtxt*>(context);
   Parser& self = of(context);
-  if (self.hasDocumentType_) self.countReferences(attributes, attributeCount);
-  self.comparisons_ += libxmlComparisons(*parser, namespaceCount, attributeCount);
+  self.count(*parser, attributes, attributeCount);
+  self.comparisons_ +=
+      libxmlComparisons(*parser, namespaceCount, attributeCount, self.identifiers_);
   if (self.comparisons_ > kComparisonsOfAnyMessage + kComparisonsPerByte * self.bytes_.size() ||
       self.references_ > kMostEntityReferences) {
     return self.refuse(parser);
@@ -143,12 +125,31 @@ void Parser::startElement(void* context, const xmlChar* name, const xmlChar* pre
                         defaultedCount, attributes);
 }
 
-// libxml2 hands each attribute on as five pointers, the last two around its value.
-void Parser::countReferences(const xmlChar** attributes, int count) {
+// libxml2 hands each attribute on as five pointers: the first to its name, the last two around its
+// value.
+void Parser::count(const xmlParserCtxt& parser, const xmlChar** attributes, int count) {
   for (int index = 0; index < count; ++index) {
     const xmlChar* const* const attribute = attributes + std::ptrdiff_t{5} * index;
-    references_ += static_cast<int>(std::count(attribute[3], attribute[4], xmlChar{'&'}));
+    if (isNameOfIdentifiers(viewOf(attribute[0]))) ++identifiers_;
+    if (!hasDocumentType_) continue;
+    const auto length = static_cast<std::size_t>(attribute[4] - attribute[3]);
+    countReferences(parser, viewOf(attribute[3]).substr(0, length));
   }
+}
+
+void Parser::countReferences(const xmlParserCtxt& parser, std::string_view value) {
+  for (std::size_t at = value.find('&'); at != std::string_view::npos; at = value.find('&', at)) {
+    const std::size_t end = value.find(';', at);
+    if (end == std::string_view::npos) return;
+    countReference(parser, xmlTextOf(std::string(value.substr(at + 1, end - at - 1))));
+    at = end;
+  }
+}
+
+// What nobody declared has no content: "&amp;" and its like, characters by number, unknown names.
+void Parser::countReference(const xmlParserCtxt& parser, const xmlChar* name) {
+  const xmlEntity* const entity = xmlGetDocEntity(parser.myDoc, name);
+  if (entity != nullptr && entity->etype != XML_INTERNAL_PREDEFINED_ENTITY) ++references_;
 }
 
 }  // namespace

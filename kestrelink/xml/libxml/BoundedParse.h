@@ -11,11 +11,13 @@ namespace kestrelink {
 /// entities stay unexpanded, no DTD is loaded. Null when libxml2 makes none, or, with a line in the
 /// log, when reading it would take time or memory out of proportion to its size: libxml2 compares
 /// each attribute of a tag with all before it, adds the attributes a document type declares to
-/// every element, looks each prefix up among all namespaces in scope, and keeps the names of a
-/// message in few lists. Such messages have
-/// - more than 5,000 attributes in one tag, or so many attributes, namespaces in scope or different
-///   names that the comparisons come to more than a hundred million and twenty for every byte;
-/// - a document type declaration and more than 16 KB, or more than 100 references to entities.
+/// every element, looks each prefix up among all namespaces in scope, and keeps the names and the
+/// identifiers of a message in few lists. Such messages have
+/// - more than 5,000 attributes in one tag, or so many attributes, namespaces in scope, different
+///   names or identifiers that the comparisons come to more than a hundred million and twenty for
+///   every byte;
+/// - a document type declaration and more than 16 KB, or more than 100 references to the entities
+///   it declares.
 XmlDocOwner boundedParse(const std::string& bytes);
 
 }  // namespace kestrelink

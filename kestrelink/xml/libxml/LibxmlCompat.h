@@ -68,24 +68,31 @@ inline std::string_view libxmlTextAhead(xmlParserInput& input) noexcept {
 }
 
 /// What the names of one tag cost, counted in comparisons: each attribute and each namespace is
-/// compared with those before it, each prefix with the namespaces in scope, and each name with a
-/// list out of the few thousand that hold all names of the message, which lie far apart in memory.
+/// compared with those before it, each prefix with the namespaces in scope, and each name and
+/// identifier with a list out of the few thousand that hold all names, or all identifiers, of the
+/// message, which lie far apart in memory.
 inline std::size_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceCount,
-                                     int attributeCount) noexcept {
+                                     int attributeCount,
+                                     std::size_t identifiersOfMessage) noexcept {
   const auto namespaces = static_cast<std::size_t>(namespaceCount);
   const auto attributes = static_cast<std::size_t>(attributeCount);
   const auto inScope = static_cast<std::size_t>(parser.nsNr) / 2;
   constexpr std::size_t kListsOfNames = 4608, kFarApart = 50;
   const auto inList = static_cast<std::size_t>(xmlDictSize(parser.dict)) / kListsOfNames;
+  // An identifier is compared with half of a list, entry and text, when the schema is applied. It
+  // is counted for every tag: one without an identifier is no reason to be exact.
+  constexpr std::size_t kListsOfIdentifiers = 16384;
+  const std::size_t identifiersInList = identifiersOfMessage / kListsOfIdentifiers;
   return (namespaces * namespaces + attributes * attributes) / 2 +
-         (inScope + kFarApart * inList) * (attributes + 1);
+         (inScope + kFarApart * inList) * (attributes + 1) + kFarApart * identifiersInList;
 }
 
 #else  // hash tables from here on
 
 inline std::string_view libxmlTextAhead(const xmlParserInput& /*input*/) noexcept { return {}; }
 inline std::size_t libxmlComparisons(const xmlParserCtxt& /*parser*/, int /*namespaceCount*/,
-                                     int /*attributeCount*/) noexcept {
+                                     int /*attributeCount*/,
+                                     std::size_t /*identifiersOfMessage*/) noexcept {
   return 0;
 }
 

@@ -44,9 +44,9 @@ LibxmlErrorRoute::LibxmlErrorRoute(During during) noexcept
       genericContextBefore_(xmlGenericErrorContext) {
   xmlSetStructuredErrorFunc(this, during == During::parsing ? &structured : nullptr);
   xmlSetGenericErrorFunc(this, &generic);
-  // An old one would be taken for news by `generic`.
-  const xmlError* const last = libxmlLastError();
-  if (last != nullptr && last->code == XML_ERR_NO_MEMORY) xmlResetLastError();
+  // `generic` would report an old error as a new one, and libxml2 takes an old I/O error for the
+  // reason why an import is missing, and compiles the schema without it.
+  xmlResetLastError();
 }
 
 LibxmlErrorRoute::~LibxmlErrorRoute() {

@@ -1,0 +1,99 @@
+#include "kestrelink/xml/libxml/OverfullTag.h"
+
+#include <algorithm>
+
+#include "kestrelink/xml/libxml/XmlCharacters.h"
+
+namespace kestrelink {
+namespace {
+
+// From the "<" of a tag, to the end of the message or the next "<", which no tag holds.
+bool hasMoreAttributes(std::string_view tag, std::size_t attributes) {
+  if (tag.size() < 2 || tag.front() != '<' || tag[1] == '!' || tag[1] == '?' || tag[1] == '/') {
+    return false;
+  }
+  std::size_t count = 0;
+  for (std::size_t at = tag.find_first_of("\"'>"); at != std::string_view::npos && tag[at] != '>';
+       at = tag.find_first_of("\"'>", at + 1)) {
+    at = tag.find(tag[at], at + 1);
+    if (at == std::string_view::npos) return false;
+    if (++count > attributes) return true;
+  }
+  return false;
+}
+
+struct Kind {
+  std::string_view start, end;
+};
+constexpr Kind kComment{"<!--", "-->"};
+constexpr Kind kCdata{"<![CDATA[", "]]>"};
+constexpr Kind kInstruction{"<?", "?>"};
+
+// The comments, CDATA sections and processing instructions of a message, walked through once.
+class HidingSections {
+ public:
+  explicit HidingSections(std::string_view message) : message_(message) {}
+
+  // Whether the position of a "<", further on than any asked for before, lies in one of them.
+  bool hide(std::size_t position) {
+    while (at_ < position) {
+      at_ = message_.find('<', at_);
+      if (at_ < position) at_ += lengthOfSection(message_.substr(at_));
+    }
+    return at_ != message_.npos && at_ > position;
+  }
+
+ private:
+  // 1 for a "<" that begins none. libxml2 ends a section that is too long for it, or holds what XML
+  // forbids, earlier than it says: from there on nothing counts as hidden.
+  std::size_t lengthOfSection(std::string_view text) {
+    constexpr std::size_t kMostBytes = 9'000'000;
+    for (const auto& [start, end] : {kComment, kCdata, kInstruction}) {
+      if (!text.starts_with(start)) continue;
+      const std::size_t found = text.find(end, start.size());
+      if (found > kMostBytes) return message_.npos - at_;
+      const std::string_view content = text.substr(start.size(), found - start.size());
+      const bool isDamaged = replacementFor(content) ||
+                             (start == kInstruction.start &&
+                              !isXmlName(content.substr(0, content.find_first_of(" \t\r\n"))));
+      return isDamaged ? message_.npos - at_ : found + end.size();
+    }
+    return 1;
+  }
+
+  std::string_view message_;
+  std::size_t at_ = 0;
+};
+
+std::size_t fewestBytes(std::size_t attributes) {
+  return attributes * std::string_view(" a=''").size();
+}
+
+}  // namespace
+
+bool mayHoldTagWithMoreAttributes(std::size_t bytes, std::size_t attributes) {
+  return bytes > fewestBytes(attributes);
+}
+
+// Looks from far ahead back to the next "<": all but long stretches without one are passed over
+// unread.
+bool hasTagWithMoreAttributes(std::string_view message, std::size_t attributes) {
+  const std::size_t far = fewestBytes(attributes);
+  HidingSections sections(message);
+  for (std::size_t start = 0; mayHoldTagWithMoreAttributes(message.size() - start, attributes);) {
+    const std::string_view window = message.substr(start, far);
+    if (const std::size_t last = window.rfind('<'); last != 0 && last != std::string_view::npos) {
+      start += last;
+      continue;
+    }
+    const std::size_t end = std::min(message.find('<', start + 1), message.size());
+    if (hasMoreAttributes(message.substr(start, end - start), attributes) &&
+        !sections.hide(start)) {
+      return true;
+    }
+    start = end;
+  }
+  return false;
+}
+
+}  // namespace kestrelink
