@@ -7,17 +7,31 @@
 namespace kestrelink {
 namespace {
 
-// From the "<" of a tag, to the end of the message or the next "<", which no tag holds.
+constexpr std::string_view kBlanks = " \t\r\n";
+
+// The length of the attribute, with the blanks before it, that the text begins with; 0 for none.
+std::size_t lengthOfAttribute(std::string_view text) {
+  const std::size_t name = text.find_first_not_of(kBlanks);
+  const std::size_t afterName = text.find_first_of(" \t\r\n=\"'>&/", name);
+  const std::size_t equals = text.find_first_not_of(kBlanks, afterName);
+  if (name == 0 || name == afterName || equals == text.npos || text[equals] != '=') return 0;
+  const std::size_t quote = text.find_first_not_of(kBlanks, equals + 1);
+  if (quote == text.npos || (text[quote] != '"' && text[quote] != '\'')) return 0;
+  const std::size_t end = text.find(text[quote], quote + 1);
+  return end == text.npos ? 0 : end + 1;
+}
+
+// From the "<" of a tag, to the end of the message or the next "<", which no tag holds. libxml2
+// reads attributes up to the first that is damaged.
 bool hasMoreAttributes(std::string_view tag, std::size_t attributes) {
-  if (tag.size() < 2 || tag.front() != '<' || tag[1] == '!' || tag[1] == '?' || tag[1] == '/') {
-    return false;
-  }
+  const bool isStart = tag.size() > 1 && tag[0] == '<' &&
+                       std::string_view("!?/").find(tag[1]) == std::string_view::npos;
+  if (!isStart) return false;
+  tag.remove_prefix(std::min(tag.find_first_of(" \t\r\n\"'>/&=", 1), tag.size()));
   std::size_t count = 0;
-  for (std::size_t at = tag.find_first_of("\"'>"); at != std::string_view::npos && tag[at] != '>';
-       at = tag.find_first_of("\"'>", at + 1)) {
-    at = tag.find(tag[at], at + 1);
-    if (at == std::string_view::npos) return false;
+  while (const std::size_t length = lengthOfAttribute(tag)) {
     if (++count > attributes) return true;
+    tag.remove_prefix(length);
   }
   return false;
 }
@@ -55,7 +69,7 @@ class HidingSections {
       const std::string_view content = text.substr(start.size(), found - start.size());
       const bool isDamaged = replacementFor(content) ||
                              (start == kInstruction.start &&
-                              !isXmlName(content.substr(0, content.find_first_of(" \t\r\n"))));
+                              !isXmlName(content.substr(0, content.find_first_of(kBlanks))));
       return isDamaged ? message_.npos - at_ : found + end.size();
     }
     return 1;
