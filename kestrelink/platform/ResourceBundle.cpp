@@ -12,7 +12,7 @@
 #include <new>
 #include <utility>
 
-#include "kestrelink/platform/Immortal.h"
+#include "kestrelink/platform/NoDestructor.h"
 #include "kestrelink/platform/Text.h"
 
 namespace kestrelink {
@@ -99,7 +99,7 @@ std::optional<std::string> readFile(const std::string& path) {
 ResourceBundle::ResourceBundle(std::string folder) : folder_(std::move(folder)) {}
 
 const ResourceBundle* ResourceBundle::ofLibrary() {
-  static const auto& bundle = immortal<std::optional<ResourceBundle>>(locateBundle());
+  static const auto& bundle = noDestructor<std::optional<ResourceBundle>>(locateBundle());
   return bundle ? &*bundle : nullptr;
 }
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "kestrelink/platform/Immortal.h"
+#include "kestrelink/platform/NoDestructor.h"
 #include "kestrelink/platform/ResourceBundle.h"
 #include "kestrelink/platform/Text.h"
 #include "kestrelink/saml/elements/SAMLElementClasses.h"
@@ -21,7 +21,7 @@ SharedBytes readProtocolSchema() {
 }  // namespace
 
 SAMLParserController& SAMLParserController::sharedInstance() {
-  static auto& controller = immortal<SAMLParserController>();
+  static auto& controller = noDestructor<SAMLParserController>();
   return controller;
 }
 

@@ -8,7 +8,7 @@
 #include <libxml/tree.h>
 
 #include "kestrelink/platform/DiagnosticLog.h"
-#include "kestrelink/platform/Immortal.h"
+#include "kestrelink/platform/NoDestructor.h"
 #include "kestrelink/platform/Text.h"
 #include "kestrelink/xml/StoreError.h"
 #include "kestrelink/xml/XMLTreeReading.h"
@@ -36,9 +36,34 @@ std::size_t lengthOf(const Record* first, Counts counts) {
 
 template <class Value>
 const Value& absent() {
-  static const auto& value = immortal<Value>();
+  static const auto& value = noDestructor<Value>();
   return value;
 }
+
+// Finds attributes by name in a list while it grows: one after the other in a short list, by a
+// table in a long one.
+class AttributePlaces {
+ public:
+  using Map = XMLWrapperElement::AttributeMap;
+
+  AttributePlaces(Map& attributes, std::size_t atMost)
+      : attributes_(attributes), isLong_(atMost > 16) {}
+
+  std::shared_ptr<XMLWrapperAttribute>* find(std::string_view name) {
+    if (isLong_) {
+      const auto [place, isNew] = places_.try_emplace(std::string(name), attributes_.size());
+      return isNew ? nullptr : &attributes_[place->second].second;
+    }
+    const auto found = std::find_if(attributes_.begin(), attributes_.end(),
+                                    [name](const auto& entry) { return entry.first == name; });
+    return found == attributes_.end() ? nullptr : &found->second;
+  }
+
+ private:
+  Map& attributes_;
+  const bool isLong_;
+  std::unordered_map<std::string, std::size_t> places_;
+};
 
 // Writing goes down by recursion. Nobody misses what lies deeper: libxml2 reads 256 levels.
 constexpr int kDeepestWritten = 1000;
@@ -107,28 +132,19 @@ void XMLWrapperElement::readNode(::xmlNode* node, XMLTreeReading& reading) {
 }
 
 void XMLWrapperElement::readAttributes(const ::xmlNode* node, XMLTreeReading& reading) {
-  if (node->properties == nullptr) return;
-  // Two attributes may share a local name in different namespaces; look-ups go by the local name.
-  constexpr std::size_t kFew = 16;
-  std::unordered_map<std::string, std::size_t> places;
-  attributes_.reserve(lengthOf(node->properties, [](const xmlAttr&) { return true; }));
+  const std::size_t count = lengthOf(node->properties, [](const xmlAttr&) { return true; });
+  attributes_.reserve(count);
+  AttributePlaces places(attributes_, count);
   for (const xmlAttr* record = node->properties; record != nullptr; record = record->next) {
     const std::string_view name = viewOf(record->name);
     if (!isUtf8(name)) continue;
     std::shared_ptr<XMLWrapperAttribute> attribute = reading.newAttribute();
     attribute->readNode(record, reading.namespaces.namespaceOf(record->ns));
-    if (attributes_.size() < kFew) {
-      storeAttribute(name, std::move(attribute));
-      continue;
-    }
-    if (places.empty()) {
-      for (const auto& [earlier, stored] : attributes_) places.emplace(earlier, places.size());
-    }
-    const auto [place, added] = places.try_emplace(std::string(name), attributes_.size());
-    if (added) {
-      attributes_.emplace_back(std::string(name), std::move(attribute));
+    // Two attributes may share a local name in different namespaces; the later one stays.
+    if (std::shared_ptr<XMLWrapperAttribute>* const earlier = places.find(name)) {
+      *earlier = std::move(attribute);
     } else {
-      attributes_[place->second].second = std::move(attribute);
+      attributes_.emplace_back(std::string(name), std::move(attribute));
     }
   }
 }
@@ -218,18 +234,13 @@ void XMLWrapperElement::setAttributeWithName(std::string_view name,
   auto attribute = std::make_shared<XMLWrapperAttribute>();
   attribute->setName(std::string(name));
   if (value) attribute->setValue(std::string(*value));
-  storeAttribute(name, std::move(attribute));
-}
-
-void XMLWrapperElement::storeAttribute(std::string_view name,
-                                       std::shared_ptr<XMLWrapperAttribute> attribute) {
-  for (auto& [known, stored] : attributes_) {
-    if (known == name) {
-      stored = std::move(attribute);
-      return;
-    }
+  const auto earlier = std::find_if(attributes_.begin(), attributes_.end(),
+                                    [name](const auto& entry) { return entry.first == name; });
+  if (earlier != attributes_.end()) {
+    earlier->second = std::move(attribute);
+  } else {
+    attributes_.emplace_back(name, std::move(attribute));
   }
-  attributes_.emplace_back(name, std::move(attribute));
 }
 
 const NamespaceMap& XMLWrapperElement::namespaces() const {

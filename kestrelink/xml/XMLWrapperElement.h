@@ -143,7 +143,6 @@ class KESTRELINK_TYPE XMLWrapperElement {
   void readAttributes(const _xmlNode* node, XMLTreeReading& reading);
   void readChildren(const _xmlNode* node, XMLTreeReading& reading);
   void appendText(std::string_view text);
-  void storeAttribute(std::string_view name, std::shared_ptr<XMLWrapperAttribute> attribute);
   bool isChild(const std::shared_ptr<XMLWrapperElement>& element) const;
   bool adopt(const std::shared_ptr<XMLWrapperElement>& element) const;
   bool holds(const XMLWrapperElement& sought) const;

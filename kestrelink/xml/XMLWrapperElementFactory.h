@@ -13,7 +13,7 @@ inline constexpr std::string_view kXMLWrapperDefaultElementKey = "DefaultElement
 /// Which element class represents a node: a process-wide registry by local name. Prefix and
 /// namespace are not looked at.
 ///
-/// Threads: everything may be called from any thread at any time; look-ups take no lock.
+/// Threads: everything may be called from any thread at any time.
 class XMLWrapperElementFactory {
  public:
   static XMLWrapperElementFactory& sharedInstance();

@@ -7,7 +7,7 @@
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
 
-#include "kestrelink/platform/Immortal.h"
+#include "kestrelink/platform/NoDestructor.h"
 #include "kestrelink/xml/StoreError.h"
 #include "kestrelink/xml/XMLTreeReading.h"
 #include "kestrelink/xml/XMLWrapperElement.h"
@@ -57,7 +57,7 @@ struct NamespaceTable {
 };
 
 NamespaceTable& namespaceTable() {
-  static auto& table = immortal<NamespaceTable>();
+  static auto& table = noDestructor<NamespaceTable>();
   return table;
 }
 

@@ -14,10 +14,8 @@ constinit const XMLWrapperElementClass SAMLAssertion::elementClass{
     "SAMLAssertion", &makeElementInstance<SAMLAssertion>};
 
 std::shared_ptr<SAMLAssertion> SAMLAssertion::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLAssertion>(kAssertionElementName);
-  element->setSequence(kAssertionSequence);
-  element->setNamespace(SAMLAssertionNamespace());
-  return element;
+  return makeElement<SAMLAssertion>(kAssertionElementName, SAMLAssertionNamespace(),
+                                    kAssertionSequence);
 }
 
 std::optional<std::string> SAMLAssertion::identifier() const {

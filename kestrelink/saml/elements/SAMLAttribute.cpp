@@ -1,6 +1,6 @@
 #include "kestrelink/saml/elements/SAMLAttribute.h"
 
-#include "kestrelink/saml/elements/ElementReading.h"
+#include "kestrelink/saml/elements/PlainElements.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
 
@@ -10,9 +10,7 @@ constinit const XMLWrapperElementClass SAMLAttribute::elementClass{
     "SAMLAttribute", &makeElementInstance<SAMLAttribute>};
 
 std::shared_ptr<SAMLAttribute> SAMLAttribute::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLAttribute>(kAttributeElementName);
-  element->setNamespace(SAMLAssertionNamespace());
-  return element;
+  return makeElement<SAMLAttribute>(kAttributeElementName, SAMLAssertionNamespace());
 }
 
 std::optional<std::string> SAMLAttribute::name() const { return attributeText(kNameAttributeName); }
@@ -30,10 +28,7 @@ std::vector<std::string> SAMLAttribute::values() const {
 }
 
 void SAMLAttribute::addAttributeValue(std::string_view value) {
-  const auto element = XMLWrapperElement::initWithTagName(kAttributeValueElementName);
-  element->setNamespace(SAMLAssertionNamespace());
-  element->setTextContent(std::string(value));
-  addChildElement(element);
+  addChildElement(textElement(kAttributeValueElementName, value, SAMLAssertionNamespace()));
 }
 
 }  // namespace kestrelink

@@ -11,13 +11,11 @@ constinit const XMLWrapperElementClass SAMLAttributeQueryElement::elementClass{
 
 std::shared_ptr<SAMLAttributeQueryElement> SAMLAttributeQueryElement::createElement(
     ErrorOut /*error*/) {
-  auto element = makeElement<SAMLAttributeQueryElement>(kAttributeQueryElementName);
-  element->setSequence(
+  auto element = makeElement<SAMLAttributeQueryElement>(
+      kAttributeQueryElementName, SAMLProtocolNamespace(),
       {kIssuerElementName, kSignatureElementName, kSubjectElementName, kAttributeElementName});
   stampRequest(*element, "_");
-  // The first is the one the query itself is written in.
-  element->setNamespace(SAMLProtocolNamespace());
-  element->setNamespace(SAMLAssertionNamespace());
+  element->setNamespace(SAMLAssertionNamespace());  // the query itself is in the first
   return element;
 }
 

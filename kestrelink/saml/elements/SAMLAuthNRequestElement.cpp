@@ -1,6 +1,6 @@
 #include "kestrelink/saml/elements/SAMLAuthNRequestElement.h"
 
-#include "kestrelink/saml/elements/ElementReading.h"
+#include "kestrelink/saml/elements/PlainElements.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
 #include "kestrelink/saml/elements/SAMLRequestParts.h"
@@ -40,9 +40,8 @@ std::optional<std::string> SAMLNameIdPolicy::allowCreation() const {
 
 std::shared_ptr<SAMLRequestedAuthNContext> SAMLRequestedAuthNContext::createElement(
     ErrorOut /*error*/) {
-  auto element = makeElement<SAMLRequestedAuthNContext>(kRequestedAuthNContextElementName);
-  element->setNamespace(SAMLProtocolNamespace());
-  return element;
+  return makeElement<SAMLRequestedAuthNContext>(kRequestedAuthNContextElementName,
+                                                SAMLProtocolNamespace());
 }
 
 std::optional<std::string> SAMLRequestedAuthNContext::comparison() const {
@@ -56,9 +55,7 @@ std::optional<std::string> SAMLRequestedAuthNContext::declRef() const {
 }
 
 std::shared_ptr<SAMLIDPEntry> SAMLIDPEntry::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLIDPEntry>(kIDPEntryElementName);
-  element->setNamespace(SAMLProtocolNamespace());
-  return element;
+  return makeElement<SAMLIDPEntry>(kIDPEntryElementName, SAMLProtocolNamespace());
 }
 
 std::optional<std::string> SAMLIDPEntry::providerId() const {
@@ -68,16 +65,12 @@ std::optional<std::string> SAMLIDPEntry::name() const { return attributeText(kNa
 std::optional<std::string> SAMLIDPEntry::loc() const { return attributeText(kLocAttributeName); }
 
 std::shared_ptr<SAMLScoping> SAMLScoping::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLScoping>(kScopingElementName);
-  element->setSequence({kIDPListElementName, kRequesterIdElementName});
-  element->setNamespace(SAMLProtocolNamespace());
-  return element;
+  return makeElement<SAMLScoping>(kScopingElementName, SAMLProtocolNamespace(),
+                                  {kIDPListElementName, kRequesterIdElementName});
 }
 
 void SAMLScoping::addRequesterId(std::string_view requesterId) {
-  const auto element = XMLWrapperElement::initWithTagName(kRequesterIdElementName);
-  element->setTextContent(std::string(requesterId));
-  addChildElement(element);
+  addChildElement(textElement(kRequesterIdElementName, requesterId));
 }
 std::vector<std::string> SAMLScoping::requesterIds() const {
   return textsOf(getElementsByTagName(kRequesterIdElementName));
@@ -86,8 +79,7 @@ std::optional<double> SAMLScoping::proxyCount() const {
   return attributeNumber(kProxyCountAttributeName);
 }
 std::optional<std::string> SAMLScoping::getComplete() const {
-  const auto list = firstElementByTagName(kIDPListElementName);
-  return list ? textOf(list->firstElementByTagName(kGetCompleteElementName)) : std::nullopt;
+  return childTextOf(firstElementByTagName(kIDPListElementName), kGetCompleteElementName);
 }
 std::vector<std::shared_ptr<SAMLIDPEntry>> SAMLScoping::idpList() const {
   const auto list = firstElementByTagName(kIDPListElementName);
@@ -96,13 +88,12 @@ std::vector<std::shared_ptr<SAMLIDPEntry>> SAMLScoping::idpList() const {
 }
 
 std::shared_ptr<SAMLAuthNRequestElement> SAMLAuthNRequestElement::createElement(ErrorOut error) {
-  auto element = makeElement<SAMLAuthNRequestElement>(kAuthNRequestElementName);
-  element->setSequence({kIssuerElementName, kSignatureElementName, kSubjectElementName,
-                        kNameIdPolicyElementName, kConditionsElementName,
-                        kRequestedAuthNContextElementName, kScopingElementName});
+  auto element = makeElement<SAMLAuthNRequestElement>(
+      kAuthNRequestElementName, SAMLProtocolNamespace(),
+      {kIssuerElementName, kSignatureElementName, kSubjectElementName, kNameIdPolicyElementName,
+       kConditionsElementName, kRequestedAuthNContextElementName, kScopingElementName});
   stampRequest(*element, "_");
   element->addChildElement(SAMLNameIdPolicy::createElement(error));
-  element->setNamespace(SAMLProtocolNamespace());
   return element;
 }
 

@@ -10,10 +10,8 @@ constinit const XMLWrapperElementClass SAMLAuthNStatement::elementClass{
     "SAMLAuthNStatement", &makeElementInstance<SAMLAuthNStatement>};
 
 std::shared_ptr<SAMLAuthNStatement> SAMLAuthNStatement::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLAuthNStatement>(kAuthNStatementElementName);
-  element->setSequence(kAssertionSequence);
-  element->setNamespace(SAMLAssertionNamespace());
-  return element;
+  return makeElement<SAMLAuthNStatement>(kAuthNStatementElementName, SAMLAssertionNamespace(),
+                                         kAssertionSequence);
 }
 
 std::optional<SAMLDate> SAMLAuthNStatement::authnInstant() const {

@@ -10,9 +10,8 @@ constinit const XMLWrapperElementClass SAMLAuthZDecision::elementClass{
     "SAMLAuthZDecision", &makeElementInstance<SAMLAuthZDecision>};
 
 std::shared_ptr<SAMLAuthZDecision> SAMLAuthZDecision::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLAuthZDecision>(kAuthZDecisionStatementElementName);
-  element->setNamespace(SAMLAssertionNamespace());
-  return element;
+  return makeElement<SAMLAuthZDecision>(kAuthZDecisionStatementElementName,
+                                        SAMLAssertionNamespace());
 }
 
 std::optional<std::string> SAMLAuthZDecision::decision() const {

@@ -1,5 +1,6 @@
 #include "kestrelink/saml/elements/SAMLAuthZDecisionQueryElement.h"
 
+#include "kestrelink/saml/elements/PlainElements.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
 #include "kestrelink/saml/elements/SAMLRequestParts.h"
@@ -11,11 +12,11 @@ constinit const XMLWrapperElementClass SAMLAuthZDecisionQueryElement::elementCla
 
 std::shared_ptr<SAMLAuthZDecisionQueryElement> SAMLAuthZDecisionQueryElement::createElement(
     ErrorOut /*error*/) {
-  auto element = makeElement<SAMLAuthZDecisionQueryElement>(kAuthzDecisionQueryElementName);
-  element->setSequence({kIssuerElementName, kSignatureElementName, kSubjectElementName,
-                        kActionElementName, kEvidenceElementName});
+  auto element = makeElement<SAMLAuthZDecisionQueryElement>(
+      kAuthzDecisionQueryElementName, SAMLProtocolNamespace(),
+      {kIssuerElementName, kSignatureElementName, kSubjectElementName, kActionElementName,
+       kEvidenceElementName});
   stampRequest(*element, "_");
-  element->setNamespace(SAMLProtocolNamespace());
   return element;
 }
 
@@ -59,9 +60,8 @@ XMLWrapperElement::List SAMLAuthZDecisionQueryElement::actions() const {
   return getElementsByTagName(kActionElementName);
 }
 void SAMLAuthZDecisionQueryElement::addAction(std::string_view action) {
-  const auto element = XMLWrapperElement::initWithTagName(kActionElementName);
-  element->setTextContent(std::string(action));
-  addChildElement(element, firstElementByTagName(kEvidenceElementName));
+  addChildElement(textElement(kActionElementName, action),
+                  firstElementByTagName(kEvidenceElementName));
 }
 std::shared_ptr<SAMLEvidence> SAMLAuthZDecisionQueryElement::evidence() const {
   return child<SAMLEvidence>(kEvidenceElementName);

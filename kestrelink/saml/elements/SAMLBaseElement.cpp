@@ -1,8 +1,6 @@
 #include "kestrelink/saml/elements/SAMLBaseElement.h"
 
-#include "kestrelink/platform/Base64.h"
-#include "kestrelink/platform/Decimal.h"
-#include "kestrelink/saml/elements/ElementReading.h"
+#include "kestrelink/saml/elements/PlainElements.h"
 #include "kestrelink/saml/elements/SAMLDateText.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
 #include "kestrelink/xml/StoreError.h"
@@ -24,8 +22,14 @@ void SAMLBaseElement::readNode(_xmlNode* node, XMLTreeReading& reading) {
 
 void SAMLBaseElement::setElementProperties() {}
 
-void SAMLBaseElement::setSequence(std::initializer_list<std::string_view> tagNames) {
-  setChildElementSequence(std::vector<std::string>(tagNames.begin(), tagNames.end()));
+void SAMLBaseElement::startAs(std::string_view tagName,
+                              const std::shared_ptr<const XMLWrapperNamespace>& ns,
+                              std::initializer_list<std::string_view> sequence) {
+  startWithTagName(tagName);
+  setNamespace(ns);
+  if (sequence.size() > 0) {
+    setChildElementSequence(std::vector<std::string>(sequence.begin(), sequence.end()));
+  }
 }
 
 std::optional<std::string> SAMLBaseElement::attributeText(std::string_view name) const {
@@ -38,18 +42,15 @@ std::optional<SAMLDate> SAMLBaseElement::attributeDate(std::string_view name) co
 }
 
 std::optional<double> SAMLBaseElement::attributeNumber(std::string_view name) const {
-  const auto text = attributeText(name);
-  return text ? parseDecimal(*text) : std::nullopt;
+  return numberOf(attributeText(name));
 }
 
 std::optional<std::string> SAMLBaseElement::childText(std::string_view tagName) const {
   return textOf(firstElementByTagName(tagName));
 }
 
-std::optional<std::vector<std::uint8_t>> SAMLBaseElement::childBytes(
-    std::string_view tagName) const {
-  const auto text = childText(tagName);
-  return text ? decodeBase64(*text) : std::nullopt;
+std::optional<Bytes> SAMLBaseElement::childBytes(std::string_view tagName) const {
+  return bytesOf(childText(tagName));
 }
 
 std::optional<std::string> SAMLBaseElement::childAttributeText(std::string_view tagName,

@@ -13,6 +13,9 @@
 
 namespace kestrelink {
 
+/// What a base64 text holds.
+using Bytes = std::vector<std::uint8_t>;
+
 /// The base of the SAML element classes. They are views of the element tree: every property is
 /// computed on each read from the element's attributes and direct children, by exact local name.
 ///
@@ -32,22 +35,23 @@ class KESTRELINK_TYPE SAMLBaseElement : public XMLWrapperElement {
   /// Called when a parsed element and all below it are built.
   virtual void setElementProperties();
 
-  /// A new element made in memory, of class `Element`.
+  /// A new element made in memory, of class `Element`; `sequence` is its child element sequence, if
+  /// it has one.
   template <class Element>
-  static std::shared_ptr<Element> makeElement(std::string_view tagName) {
+  static std::shared_ptr<Element> makeElement(
+      std::string_view tagName, const std::shared_ptr<const XMLWrapperNamespace>& ns = nullptr,
+      std::initializer_list<std::string_view> sequence = {}) {
     auto element = std::static_pointer_cast<Element>(Element::elementClass.makeInstance());
-    element->startWithTagName(tagName);
+    element->startAs(tagName, ns, sequence);
     return element;
   }
-
-  void setSequence(std::initializer_list<std::string_view> tagNames);
 
   std::optional<std::string> attributeText(std::string_view name) const;
   std::optional<SAMLDate> attributeDate(std::string_view name) const;
   std::optional<double> attributeNumber(std::string_view name) const;
 
   std::optional<std::string> childText(std::string_view tagName) const;
-  std::optional<std::vector<std::uint8_t>> childBytes(std::string_view tagName) const;
+  std::optional<Bytes> childBytes(std::string_view tagName) const;
   /// The attribute of the first child of that name.
   std::optional<std::string> childAttributeText(std::string_view tagName,
                                                 std::string_view attribute) const;
@@ -75,6 +79,10 @@ class KESTRELINK_TYPE SAMLBaseElement : public XMLWrapperElement {
     }
     return found;
   }
+
+ private:
+  void startAs(std::string_view tagName, const std::shared_ptr<const XMLWrapperNamespace>& ns,
+               std::initializer_list<std::string_view> sequence);
 };
 
 }  // namespace kestrelink

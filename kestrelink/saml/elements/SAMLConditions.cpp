@@ -1,8 +1,7 @@
 #include "kestrelink/saml/elements/SAMLConditions.h"
 
 #include "kestrelink/platform/Clock.h"
-#include "kestrelink/platform/Decimal.h"
-#include "kestrelink/saml/elements/ElementReading.h"
+#include "kestrelink/saml/elements/PlainElements.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
@@ -14,11 +13,9 @@ constinit const XMLWrapperElementClass SAMLConditions::elementClass{
     "SAMLConditions", &makeElementInstance<SAMLConditions>};
 
 std::shared_ptr<SAMLConditions> SAMLConditions::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLConditions>(kConditionsElementName);
-  element->setSequence(
+  return makeElement<SAMLConditions>(
+      kConditionsElementName, SAMLAssertionNamespace(),
       {kConditionElementName, kAudienceRestrictionElementName, kOneTimeUseElementName});
-  element->setNamespace(SAMLAssertionNamespace());
-  return element;
 }
 
 std::optional<SAMLDate> SAMLConditions::notBefore() const {
@@ -36,8 +33,7 @@ bool SAMLConditions::oneTimeUse() const {
   return firstElementByTagName(kOneTimeUseElementName) != nullptr;
 }
 std::optional<double> SAMLConditions::proxyRestrictionAudienceCount() const {
-  const auto count = childAttributeText(kProxyRestrictionElementName, kCountAttributeName);
-  return count ? parseDecimal(*count) : std::nullopt;
+  return numberOf(childAttributeText(kProxyRestrictionElementName, kCountAttributeName));
 }
 std::optional<XMLWrapperElement::List> SAMLConditions::proxyRestrictions() const {
   return std::nullopt;

@@ -12,9 +12,7 @@ constinit const XMLWrapperElementClass SAMLAdvice::elementClass{"SAMLAdvice",
                                                                 &makeElementInstance<SAMLAdvice>};
 
 std::shared_ptr<SAMLEvidence> SAMLEvidence::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLEvidence>(kEvidenceElementName);
-  element->setNamespace(SAMLAssertionNamespace());
-  return element;
+  return makeElement<SAMLEvidence>(kEvidenceElementName, SAMLAssertionNamespace());
 }
 
 std::optional<std::string> SAMLEvidence::assertionIdRef() const {
@@ -28,9 +26,7 @@ std::shared_ptr<SAMLAssertion> SAMLEvidence::assertion() const {
 }
 
 std::shared_ptr<SAMLAdvice> SAMLAdvice::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLAdvice>(kAdviceElementName);
-  element->setNamespace(SAMLAssertionNamespace());
-  return element;
+  return makeElement<SAMLAdvice>(kAdviceElementName, SAMLAssertionNamespace());
 }
 
 std::shared_ptr<SAMLAssertion> SAMLAdvice::assertion() const {

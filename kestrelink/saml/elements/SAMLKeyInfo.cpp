@@ -1,8 +1,6 @@
 #include "kestrelink/saml/elements/SAMLKeyInfo.h"
 
-#include "kestrelink/platform/Base64.h"
-#include "kestrelink/platform/Decimal.h"
-#include "kestrelink/saml/elements/ElementReading.h"
+#include "kestrelink/saml/elements/PlainElements.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
 #include "kestrelink/saml/elements/SAMLSignature.h"
@@ -61,15 +59,12 @@ std::shared_ptr<SAMLX509Data> SAMLX509Data::createElement(ErrorOut /*error*/) {
 }
 
 std::optional<std::string> SAMLX509Data::issuerName() const {
-  const auto serial = firstElementByTagName(kSAMLX509IssuerSerialElementName);
-  return serial ? textOf(serial->firstElementByTagName(kSAMLX509IssuerNameElementName))
-                : std::nullopt;
+  return childTextOf(firstElementByTagName(kSAMLX509IssuerSerialElementName),
+                     kSAMLX509IssuerNameElementName);
 }
 std::optional<double> SAMLX509Data::serialNumber() const {
-  const auto serial = firstElementByTagName(kSAMLX509IssuerSerialElementName);
-  if (!serial) return std::nullopt;
-  const auto number = textOf(serial->firstElementByTagName(kSAMLX509SerialNumberElementName));
-  return number ? parseDecimal(*number) : std::nullopt;
+  return numberOf(childTextOf(firstElementByTagName(kSAMLX509IssuerSerialElementName),
+                              kSAMLX509SerialNumberElementName));
 }
 std::optional<Bytes> SAMLX509Data::ski() const { return childBytes(kSAMLX509SKIElementName); }
 std::optional<std::string> SAMLX509Data::subjectName() const {
@@ -102,9 +97,7 @@ std::optional<std::string> SAMLKeyRetrievalMethod::type() const {
 std::vector<std::string> SAMLKeyRetrievalMethod::transforms() const { return transformsOf(*this); }
 
 std::shared_ptr<SAMLKeyInfo> SAMLKeyInfo::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLKeyInfo>(kKeyInfoElementName);
-  element->setNamespace(SAMLSignatureNamespace());
-  return element;
+  return makeElement<SAMLKeyInfo>(kKeyInfoElementName, SAMLSignatureNamespace());
 }
 
 std::optional<std::string> SAMLKeyInfo::identifier() const {
@@ -124,10 +117,8 @@ std::shared_ptr<SAMLPGPData> SAMLKeyInfo::pgpData() const {
   return child<SAMLPGPData>(kPGPDataElementName);
 }
 std::optional<Bytes> SAMLKeyInfo::spkiSexpData() const {
-  const auto data = firstElementByTagName(kSPKIDataElementName);
-  if (!data) return std::nullopt;
-  const auto text = textOf(data->firstElementByTagName(kSAMLSPKISexpElementName));
-  return text ? decodeBase64(*text) : std::nullopt;
+  return bytesOf(
+      childTextOf(firstElementByTagName(kSPKIDataElementName), kSAMLSPKISexpElementName));
 }
 std::optional<std::string> SAMLKeyInfo::mgmtData() const { return childText(kMgmtDataElementName); }
 

@@ -5,8 +5,6 @@
 
 namespace kestrelink {
 
-using Bytes = std::vector<std::uint8_t>;
-
 /// "DSAKeyValue".
 class KESTRELINK_TYPE SAMLDSAKeyValue : public SAMLBaseElement {
  public:

@@ -1,5 +1,6 @@
 #include "kestrelink/saml/elements/SAMLLogoutRequestElement.h"
 
+#include "kestrelink/saml/elements/PlainElements.h"
 #include "kestrelink/saml/elements/SAMLDateText.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
@@ -12,11 +13,10 @@ constinit const XMLWrapperElementClass SAMLLogoutRequestElement::elementClass{
 
 std::shared_ptr<SAMLLogoutRequestElement> SAMLLogoutRequestElement::createElement(
     ErrorOut /*error*/) {
-  auto element = makeElement<SAMLLogoutRequestElement>(kLogoutRequestElementName);
-  element->setSequence(
+  auto element = makeElement<SAMLLogoutRequestElement>(
+      kLogoutRequestElementName, SAMLProtocolNamespace(),
       {kIssuerElementName, kSignatureElementName, kNameIdElementName, kSessionIndexElementName});
   stampRequest(*element, "");
-  element->setNamespace(SAMLProtocolNamespace());
   return element;
 }
 
@@ -61,9 +61,8 @@ std::optional<std::string> SAMLLogoutRequestElement::sessionIndex() const {
   return childText(kSessionIndexElementName);
 }
 void SAMLLogoutRequestElement::setSessionIndex(std::string_view sessionIndex) {
-  const auto element = XMLWrapperElement::initWithTagName(kSessionIndexElementName);
-  element->setTextContent(std::string(sessionIndex));
-  replaceOrAdd(*this, kSessionIndexElementName, element);
+  replaceOrAdd(*this, kSessionIndexElementName,
+               textElement(kSessionIndexElementName, sessionIndex));
 }
 
 }  // namespace kestrelink

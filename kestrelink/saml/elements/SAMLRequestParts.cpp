@@ -2,6 +2,7 @@
 
 #include "kestrelink/platform/Clock.h"
 #include "kestrelink/platform/Uuid.h"
+#include "kestrelink/saml/elements/PlainElements.h"
 #include "kestrelink/saml/elements/SAMLDate.h"
 #include "kestrelink/saml/elements/SAMLDateText.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
@@ -17,9 +18,7 @@ void stampRequest(XMLWrapperElement& request, std::string_view identifierPrefix)
 }
 
 void setIssuerOf(XMLWrapperElement& request, std::string_view issuer) {
-  const auto element = XMLWrapperElement::initWithTagName(kIssuerElementName);
-  element->setTextContent(std::string(issuer));
-  element->setNamespace(SAMLAssertionNamespace());
+  const auto element = textElement(kIssuerElementName, issuer, SAMLAssertionNamespace());
   if (const auto current = request.firstElementByTagName(kIssuerElementName)) {
     request.replaceChildElement(current, element);
   } else {

@@ -11,9 +11,7 @@ constinit const XMLWrapperElementClass SAMLLogoutResponseElement::elementClass{
     "SAMLLogoutResponseElement", &makeElementInstance<SAMLLogoutResponseElement>};
 
 std::shared_ptr<SAMLResponseElement> SAMLResponseElement::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLResponseElement>(kResponseElementName);
-  element->setNamespace(SAMLProtocolNamespace());
-  return element;
+  return makeElement<SAMLResponseElement>(kResponseElementName, SAMLProtocolNamespace());
 }
 
 std::optional<std::string> SAMLResponseElement::identifier() const {

@@ -1,7 +1,6 @@
 #include "kestrelink/saml/elements/SAMLSignature.h"
 
-#include "kestrelink/platform/Decimal.h"
-#include "kestrelink/saml/elements/ElementReading.h"
+#include "kestrelink/saml/elements/PlainElements.h"
 #include "kestrelink/saml/elements/SAMLKeyInfo.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
@@ -33,14 +32,12 @@ std::vector<std::string> SAMLSignatureReference::transforms() const { return tra
 std::optional<std::string> SAMLSignatureReference::digestMethod() const {
   return childAttributeText(kDigestMethodElementName, kAlgorithmAttributeName);
 }
-std::optional<std::vector<std::uint8_t>> SAMLSignatureReference::digestValue() const {
+std::optional<Bytes> SAMLSignatureReference::digestValue() const {
   return childBytes(kDigestValueElementName);
 }
 
 std::shared_ptr<SAMLSignedInfo> SAMLSignedInfo::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLSignedInfo>(kSignedInfoElementName);
-  element->setNamespace(SAMLSignatureNamespace());
-  return element;
+  return makeElement<SAMLSignedInfo>(kSignedInfoElementName, SAMLSignatureNamespace());
 }
 
 std::optional<std::string> SAMLSignedInfo::identifier() const {
@@ -53,10 +50,8 @@ std::optional<std::string> SAMLSignedInfo::signatureMethod() const {
   return childAttributeText(kSignatureMethodElementName, kAlgorithmAttributeName);
 }
 std::optional<double> SAMLSignedInfo::signatureMethodLength() const {
-  const auto method = firstElementByTagName(kSignatureMethodElementName);
-  if (!method) return std::nullopt;
-  const auto length = textOf(method->firstElementByTagName(kSignatureHMACOutputLength));
-  return length ? parseDecimal(*length) : std::nullopt;
+  return numberOf(
+      childTextOf(firstElementByTagName(kSignatureMethodElementName), kSignatureHMACOutputLength));
 }
 std::vector<std::shared_ptr<SAMLSignatureReference>> SAMLSignedInfo::references() const {
   return children<SAMLSignatureReference>(kReferenceElementName);
@@ -76,10 +71,9 @@ DetachedNode SAMLSignedInfo::xmlNode(ErrorOut error) {
 }
 
 std::shared_ptr<SAMLSignature> SAMLSignature::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLSignature>(kSignatureElementName);
-  element->setSequence({kSignedInfoElementName, kSignatureValueElementName, kKeyInfoElementName});
-  element->setNamespace(SAMLSignatureNamespace());
-  return element;
+  return makeElement<SAMLSignature>(
+      kSignatureElementName, SAMLSignatureNamespace(),
+      {kSignedInfoElementName, kSignatureValueElementName, kKeyInfoElementName});
 }
 
 std::optional<std::string> SAMLSignature::identifier() const {
@@ -88,7 +82,7 @@ std::optional<std::string> SAMLSignature::identifier() const {
 std::shared_ptr<SAMLSignedInfo> SAMLSignature::signedInfo() const {
   return child<SAMLSignedInfo>(kSignedInfoElementName);
 }
-std::optional<std::vector<std::uint8_t>> SAMLSignature::signatureValue() const {
+std::optional<Bytes> SAMLSignature::signatureValue() const {
   return childBytes(kSignatureValueElementName);
 }
 std::optional<std::string> SAMLSignature::signatureValueId() const {

@@ -20,7 +20,7 @@ class KESTRELINK_TYPE SAMLSignatureReference : public SAMLBaseElement {
   /// The algorithm of each transform, in order; a transform without one is passed over.
   virtual std::vector<std::string> transforms() const;
   virtual std::optional<std::string> digestMethod() const;
-  virtual std::optional<std::vector<std::uint8_t>> digestValue() const;
+  virtual std::optional<Bytes> digestValue() const;
 };
 
 /// "SignedInfo".
@@ -50,7 +50,7 @@ class KESTRELINK_TYPE SAMLSignature : public SAMLBaseElement {
 
   virtual std::optional<std::string> identifier() const;  // "ID"
   virtual std::shared_ptr<SAMLSignedInfo> signedInfo() const;
-  virtual std::optional<std::vector<std::uint8_t>> signatureValue() const;
+  virtual std::optional<Bytes> signatureValue() const;
   virtual std::optional<std::string> signatureValueId() const;
   virtual std::shared_ptr<SAMLKeyInfo> keyInfo() const;
 

@@ -11,9 +11,7 @@ constinit const XMLWrapperElementClass SAMLStatus::elementClass{"SAMLStatus",
                                                                 &makeElementInstance<SAMLStatus>};
 
 std::shared_ptr<SAMLStatusCode> SAMLStatusCode::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLStatusCode>(kStatusCodeElementName);
-  element->setNamespace(SAMLProtocolNamespace());
-  return element;
+  return makeElement<SAMLStatusCode>(kStatusCodeElementName, SAMLProtocolNamespace());
 }
 
 std::optional<std::string> SAMLStatusCode::value() const {
@@ -24,9 +22,7 @@ std::shared_ptr<SAMLStatusCode> SAMLStatusCode::statusCode() const {
 }
 
 std::shared_ptr<SAMLStatus> SAMLStatus::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLStatus>(kStatusElementName);
-  element->setNamespace(SAMLProtocolNamespace());
-  return element;
+  return makeElement<SAMLStatus>(kStatusElementName, SAMLProtocolNamespace());
 }
 
 std::shared_ptr<SAMLStatusCode> SAMLStatus::statusCode() const {

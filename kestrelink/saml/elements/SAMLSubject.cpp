@@ -15,9 +15,7 @@ constinit const XMLWrapperElementClass SAMLSubject::elementClass{"SAMLSubject",
                                                                  &makeElementInstance<SAMLSubject>};
 
 std::shared_ptr<SAMLNameId> SAMLNameId::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLNameId>(kNameIdElementName);
-  element->setNamespace(SAMLAssertionNamespace());
-  return element;
+  return makeElement<SAMLNameId>(kNameIdElementName, SAMLAssertionNamespace());
 }
 
 std::optional<std::string> SAMLNameId::nameQualifier() const {
@@ -35,9 +33,8 @@ std::optional<std::string> SAMLNameId::spProvidedId() const {
 
 std::shared_ptr<SAMLSubjectConfirmation> SAMLSubjectConfirmation::createElement(
     ErrorOut /*error*/) {
-  auto element = makeElement<SAMLSubjectConfirmation>(kSubjectConfirmationElementName);
-  element->setNamespace(SAMLAssertionNamespace());
-  return element;
+  return makeElement<SAMLSubjectConfirmation>(kSubjectConfirmationElementName,
+                                              SAMLAssertionNamespace());
 }
 
 std::optional<std::string> SAMLSubjectConfirmation::method() const {
@@ -78,10 +75,8 @@ DetachedNode SAMLSubjectConfirmation::xmlNode(ErrorOut error) {
 }
 
 std::shared_ptr<SAMLSubject> SAMLSubject::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLSubject>(kSubjectElementName);
-  element->setSequence({kNameIdElementName, kSubjectConfirmationElementName});
-  element->setNamespace(SAMLAssertionNamespace());
-  return element;
+  return makeElement<SAMLSubject>(kSubjectElementName, SAMLAssertionNamespace(),
+                                  {kNameIdElementName, kSubjectConfirmationElementName});
 }
 
 std::shared_ptr<SAMLNameId> SAMLSubject::nameId() const {

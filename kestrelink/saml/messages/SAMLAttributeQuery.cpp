@@ -2,8 +2,7 @@
 
 #include <utility>
 
-#include "kestrelink/saml/elements/SAMLElementClasses.h"
-#include "kestrelink/saml/messages/MessageRoot.h"
+#include "kestrelink/saml/messages/MessageDocument.h"
 #include "kestrelink/saml/messages/SubjectFromResponse.h"
 
 namespace kestrelink {
@@ -14,21 +13,18 @@ SAMLAttributeQuery::~SAMLAttributeQuery() = default;
 std::shared_ptr<SAMLAttributeQuery> SAMLAttributeQuery::initWithData(SharedBytes data,
                                                                      SharedBytes schema,
                                                                      ErrorOut error) {
-  registerSAMLElementClasses();
-  auto request = std::make_shared<SAMLAttributeQuery>(Making());
-  if (!request->startWithData(std::move(data), schema, error)) return nullptr;
-  request->requestElement_ = messageRoot<SAMLAttributeQueryElement>(*request, error);
-  if (!request->requestElement_ && error != nullptr) return nullptr;
-  if (request->requestElement_) request->schemaData_ = std::move(schema);
+  auto request = MessageDocument<SAMLAttributeQuery>::fromData(
+      std::move(data), schema, &SAMLAttributeQuery::requestElement_, error);
+  const bool isOther = request && !request->requestElement_;
+  if (isOther && error != nullptr) return nullptr;  // exactly when the caller learns why
+  if (request && !isOther) request->schemaData_ = std::move(schema);
   return request;
 }
 
 std::shared_ptr<SAMLAttributeQuery> SAMLAttributeQuery::initWithElement(
     std::shared_ptr<SAMLAttributeQueryElement> element, SharedBytes schema, ErrorOut /*error*/) {
-  auto request = std::make_shared<SAMLAttributeQuery>(Making());
-  request->requestElement_ = element;
-  request->startWithElement(std::move(element), std::move(schema));
-  return request;
+  return MessageDocument<SAMLAttributeQuery>::fromElement(std::move(element), std::move(schema),
+                                                          &SAMLAttributeQuery::requestElement_);
 }
 
 const std::shared_ptr<SAMLAttributeQueryElement>& SAMLAttributeQuery::requestElement() const {

@@ -2,8 +2,7 @@
 
 #include <utility>
 
-#include "kestrelink/saml/elements/SAMLElementClasses.h"
-#include "kestrelink/saml/messages/MessageRoot.h"
+#include "kestrelink/saml/messages/MessageDocument.h"
 #include "kestrelink/saml/messages/SubjectFromResponse.h"
 
 namespace kestrelink {
@@ -14,20 +13,16 @@ SAMLAuthNRequest::~SAMLAuthNRequest() = default;
 std::shared_ptr<SAMLAuthNRequest> SAMLAuthNRequest::initWithData(SharedBytes data,
                                                                  SharedBytes schema,
                                                                  ErrorOut error) {
-  registerSAMLElementClasses();
-  auto request = std::make_shared<SAMLAuthNRequest>(Making());
-  if (!request->startWithData(std::move(data), schema, error)) return nullptr;
-  request->requestElement_ = messageRoot<SAMLAuthNRequestElement>(*request, error);
-  if (request->requestElement_) request->schemaData_ = std::move(schema);
+  auto request = MessageDocument<SAMLAuthNRequest>::fromData(
+      std::move(data), schema, &SAMLAuthNRequest::requestElement_, error);
+  if (request && request->requestElement_) request->schemaData_ = std::move(schema);
   return request;
 }
 
 std::shared_ptr<SAMLAuthNRequest> SAMLAuthNRequest::initWithElement(
     std::shared_ptr<SAMLAuthNRequestElement> element, SharedBytes schema, ErrorOut /*error*/) {
-  auto request = std::make_shared<SAMLAuthNRequest>(Making());
-  request->requestElement_ = element;
-  request->startWithElement(std::move(element), std::move(schema));
-  return request;
+  return MessageDocument<SAMLAuthNRequest>::fromElement(std::move(element), std::move(schema),
+                                                        &SAMLAuthNRequest::requestElement_);
 }
 
 const std::shared_ptr<SAMLAuthNRequestElement>& SAMLAuthNRequest::requestElement() const {

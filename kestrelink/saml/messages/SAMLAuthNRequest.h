@@ -11,6 +11,9 @@
 
 namespace kestrelink {
 
+template <class Message>
+struct MessageDocument;
+
 /// An authentication request (SAML 2.0 core, section 3.4.1), to be filled in and written.
 ///
 ///     auto request = controller.newAuthNRequest("https://tv.example", &error);
@@ -51,6 +54,9 @@ class KESTRELINK_EXPORT SAMLAuthNRequest : public XMLWrapperDoc {
   void setSubjectFromResponse(std::string_view response);
 
  private:
+  template <class Message>
+  friend struct MessageDocument;
+
   std::shared_ptr<SAMLAuthNRequestElement> requestElement_;
   SharedBytes schemaData_;  // set only when parsed: a request that is made reads without a schema
 };

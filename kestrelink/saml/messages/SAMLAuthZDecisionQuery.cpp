@@ -2,8 +2,7 @@
 
 #include <utility>
 
-#include "kestrelink/saml/elements/SAMLElementClasses.h"
-#include "kestrelink/saml/messages/MessageRoot.h"
+#include "kestrelink/saml/messages/MessageDocument.h"
 #include "kestrelink/saml/messages/SubjectFromResponse.h"
 
 namespace kestrelink {
@@ -14,20 +13,15 @@ SAMLAuthZDecisionQuery::~SAMLAuthZDecisionQuery() = default;
 std::shared_ptr<SAMLAuthZDecisionQuery> SAMLAuthZDecisionQuery::initWithData(SharedBytes data,
                                                                              SharedBytes schema,
                                                                              ErrorOut error) {
-  registerSAMLElementClasses();
-  auto request = std::make_shared<SAMLAuthZDecisionQuery>(Making());
-  if (!request->startWithData(std::move(data), std::move(schema), error)) return nullptr;
-  request->requestElement_ = messageRoot<SAMLAuthZDecisionQueryElement>(*request, error);
-  return request;
+  return MessageDocument<SAMLAuthZDecisionQuery>::fromData(
+      std::move(data), std::move(schema), &SAMLAuthZDecisionQuery::requestElement_, error);
 }
 
 std::shared_ptr<SAMLAuthZDecisionQuery> SAMLAuthZDecisionQuery::initWithElement(
     std::shared_ptr<SAMLAuthZDecisionQueryElement> element, SharedBytes schema,
     ErrorOut /*error*/) {
-  auto request = std::make_shared<SAMLAuthZDecisionQuery>(Making());
-  request->requestElement_ = element;
-  request->startWithElement(std::move(element), std::move(schema));
-  return request;
+  return MessageDocument<SAMLAuthZDecisionQuery>::fromElement(
+      std::move(element), std::move(schema), &SAMLAuthZDecisionQuery::requestElement_);
 }
 
 const std::shared_ptr<SAMLAuthZDecisionQueryElement>& SAMLAuthZDecisionQuery::requestElement()

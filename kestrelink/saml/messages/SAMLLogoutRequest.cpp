@@ -2,8 +2,7 @@
 
 #include <utility>
 
-#include "kestrelink/saml/elements/SAMLElementClasses.h"
-#include "kestrelink/saml/messages/MessageRoot.h"
+#include "kestrelink/saml/messages/MessageDocument.h"
 
 namespace kestrelink {
 
@@ -13,19 +12,14 @@ SAMLLogoutRequest::~SAMLLogoutRequest() = default;
 std::shared_ptr<SAMLLogoutRequest> SAMLLogoutRequest::initWithData(SharedBytes data,
                                                                    SharedBytes schema,
                                                                    ErrorOut error) {
-  registerSAMLElementClasses();
-  auto request = std::make_shared<SAMLLogoutRequest>(Making());
-  if (!request->startWithData(std::move(data), std::move(schema), error)) return nullptr;
-  request->requestElement_ = messageRoot<SAMLLogoutRequestElement>(*request, error);
-  return request;
+  return MessageDocument<SAMLLogoutRequest>::fromData(std::move(data), std::move(schema),
+                                                      &SAMLLogoutRequest::requestElement_, error);
 }
 
 std::shared_ptr<SAMLLogoutRequest> SAMLLogoutRequest::initWithElement(
     std::shared_ptr<SAMLLogoutRequestElement> element, SharedBytes schema, ErrorOut /*error*/) {
-  auto request = std::make_shared<SAMLLogoutRequest>(Making());
-  request->requestElement_ = element;
-  request->startWithElement(std::move(element), std::move(schema));
-  return request;
+  return MessageDocument<SAMLLogoutRequest>::fromElement(std::move(element), std::move(schema),
+                                                         &SAMLLogoutRequest::requestElement_);
 }
 
 const std::shared_ptr<SAMLLogoutRequestElement>& SAMLLogoutRequest::requestElement() const {

@@ -11,6 +11,9 @@
 
 namespace kestrelink {
 
+template <class Message>
+struct MessageDocument;
+
 /// A request to end the subscriber's session (SAML 2.0 core, section 3.7.1), to be filled in and
 /// written.
 ///
@@ -49,6 +52,9 @@ class KESTRELINK_EXPORT SAMLLogoutRequest : public XMLWrapperDoc {
   void setNotOnOrAfter(std::optional<SAMLDate> date);
 
  private:
+  template <class Message>
+  friend struct MessageDocument;
+
   std::shared_ptr<SAMLLogoutRequestElement> requestElement_;
 };
 

@@ -3,11 +3,10 @@
 #include <typeinfo>
 #include <utility>
 
-#include "kestrelink/saml/elements/ElementReading.h"
-#include "kestrelink/saml/elements/SAMLElementClasses.h"
+#include "kestrelink/saml/elements/PlainElements.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
-#include "kestrelink/saml/messages/MessageRoot.h"
+#include "kestrelink/saml/messages/MessageDocument.h"
 #include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {
@@ -17,11 +16,8 @@ SAMLResponse::~SAMLResponse() = default;
 
 std::shared_ptr<SAMLResponse> SAMLResponse::initWithData(SharedBytes data, SharedBytes schema,
                                                          ErrorOut error) {
-  registerSAMLElementClasses();
-  auto response = std::make_shared<SAMLResponse>(Making());
-  if (!response->startWithData(std::move(data), std::move(schema), error)) return nullptr;
-  response->responseElement_ = messageRoot<SAMLResponseElement>(*response, error);
-  return response;
+  return MessageDocument<SAMLResponse>::fromData(std::move(data), std::move(schema),
+                                                 &SAMLResponse::responseElement_, error);
 }
 
 const std::shared_ptr<SAMLResponseElement>& SAMLResponse::responseElement() const {

@@ -13,6 +13,9 @@
 
 namespace kestrelink {
 
+template <class Message>
+struct MessageDocument;
+
 /// What a response asks the client to do next.
 enum SAMLExpectedAction : std::int64_t {
   SAMLExpectedActionNone = 0,       ///< no known status, or a failure the client cannot resolve
@@ -90,6 +93,9 @@ class KESTRELINK_EXPORT SAMLResponse : public XMLWrapperDoc {
   std::optional<std::string> authorizationStatusForResource(std::string_view resource) const;
 
  private:
+  template <class Message>
+  friend struct MessageDocument;
+
   SAMLResponseElement::Assertions assertionsOrNone() const;
 
   std::shared_ptr<SAMLResponseElement> responseElement_;

@@ -5,10 +5,10 @@
 
 namespace kestrelink {
 
-/// A new object that lives as long as the process: for what a client's own static objects, or its
-/// threads, may still use while the process ends.
+/// A new object that is never destroyed: a client's own static objects, or its threads, may still
+/// use it while the process ends.
 template <class Object, class... Arguments>
-Object& immortal(Arguments&&... arguments) {
+Object& noDestructor(Arguments&&... arguments) {
   return *std::make_unique<Object>(std::forward<Arguments>(arguments)...).release();
 }
 

@@ -1,7 +1,9 @@
-#include "kestrelink/saml/elements/ElementReading.h"
+#include "kestrelink/saml/elements/PlainElements.h"
 
 #include <utility>
 
+#include "kestrelink/platform/Base64.h"
+#include "kestrelink/platform/Decimal.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
 
 namespace kestrelink {
@@ -17,6 +19,28 @@ std::vector<std::string> textsOf(const XMLWrapperElement::List& elements) {
 
 std::optional<std::string> textOf(const std::shared_ptr<XMLWrapperElement>& element) {
   return element ? element->textContent() : std::nullopt;
+}
+
+std::optional<std::string> childTextOf(const std::shared_ptr<XMLWrapperElement>& element,
+                                       std::string_view tagName) {
+  return element ? textOf(element->firstElementByTagName(tagName)) : std::nullopt;
+}
+
+std::optional<double> numberOf(const std::optional<std::string>& text) {
+  return text ? parseDecimal(*text) : std::nullopt;
+}
+
+std::optional<Bytes> bytesOf(const std::optional<std::string>& text) {
+  return text ? decodeBase64(*text) : std::nullopt;
+}
+
+std::shared_ptr<XMLWrapperElement> textElement(
+    std::string_view tagName, std::string_view text,
+    const std::shared_ptr<const XMLWrapperNamespace>& ns) {
+  auto element = XMLWrapperElement::initWithTagName(tagName);
+  element->setTextContent(std::string(text));
+  element->setNamespace(ns);
+  return element;
 }
 
 std::optional<std::string> attributeOf(const std::shared_ptr<XMLWrapperElement>& element,
