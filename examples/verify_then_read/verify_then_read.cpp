@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <optional>
 #include <string>
 
@@ -25,8 +24,11 @@ std::optional<std::string> content(const std::string& path) {
   std::ifstream file;
   if (path != "-") file.open(path, std::ios::binary);
   std::istream& input = path == "-" ? std::cin : file;
-  std::string bytes(std::istreambuf_iterator<char>(input), {});
-  if (input.good() || input.eof()) return bytes;
+  std::string bytes;
+  for (char chunk[4096]; input.read(chunk, sizeof chunk), input.gcount() > 0;) {
+    bytes.append(chunk, static_cast<std::size_t>(input.gcount()));
+  }
+  if (input.eof() && !input.bad()) return bytes;
   std::fprintf(stderr, "verify_then_read: cannot read %s\n", path.c_str());
   return std::nullopt;
 }
