@@ -51,72 +51,74 @@ def authn(job):
         login.buildAssertion(lasso.SAML2_AUTHN_CONTEXT_PASSWORD_PROTECTED_TRANSPORT, date(0), None,
                              date(-60), date(600))
         assertion = login.response.assertion[0]
-        assertion.subject.nameID.content = job["user"]
         assertion.authnStatement[0].sessionNotOnOrAfter = date(3600)
         assertion.attributeStatement = [attribute_statement(job)]
     else:
         login.response.status.statusCode.statusCode.value = STATUS + job["outcome"]
     login.buildAuthnResponseMsg()
     if success:
-        sessions[job["user"]] = login.session.dump()
-    if success and "Response" in job["signed"]:
-        return read, login.msgBody, {"signed": ["Response", "Assertion"]}
+        # The subscriber's identifier is its choice, and it remembers the session by that.
+        user = login.response.assertion[0].subject.nameID.content
+        sessions[user] = login.session.dump()
+        signed = ["Response", "Assertion"] if "Response" in job["signed"] else ["Assertion"]
+        return read, login.msgBody, {"signed": signed, "user": user}
     return read, login.msgBody
 
 
-def assertion_query(job):
+def answer(job, fill):
+    """The response to a query; fill puts the statement into its assertion."""
     query = lasso.AssertionQuery(idp)
     query.setSignatureVerifyHint(lasso.PROFILE_SIGNATURE_VERIFY_HINT_IGNORE)
     query.processRequestMsg(job["message"])
-    request = query.request
     query.validateRequest()
-    assertion = lasso.Saml2Assertion()
-    assertion.iD = "_" + request.iD[1:] + "-assertion"
-    assertion.version = "2.0"
-    assertion.issueInstant = date(0)
+    request, assertion = query.request, lasso.Saml2Assertion()
+    assertion.iD, assertion.version, assertion.issueInstant = request.iD + "-1", "2.0", date(0)
     assertion.issuer = lasso.Saml2NameID.newWithString(setup["idp"])
-    assertion.subject = request.subject
-    conditions = lasso.Saml2Conditions()
-    conditions.notBefore, conditions.notOnOrAfter = date(-60), date(600)
+    assertion.subject = lasso.Saml2Subject()
+    assertion.subject.nameID = request.subject.nameID
+    confirmation = assertion.subject.subjectConfirmation = lasso.Saml2SubjectConfirmation()
+    confirmation.method = lasso.SAML2_CONFIRMATION_METHOD_BEARER
+    confirmation.subjectConfirmationData = lasso.Saml2SubjectConfirmationData()
+    confirmation.subjectConfirmationData.inResponseTo = request.iD
+    assertion.conditions = lasso.Saml2Conditions()
+    assertion.conditions.notBefore, assertion.conditions.notOnOrAfter = date(-60), date(600)
     restriction = lasso.Saml2AudienceRestriction()
     restriction.audience = request.issuer.content
-    conditions.audienceRestriction = [restriction]
-    assertion.conditions = conditions
+    assertion.conditions.audienceRestriction = [restriction]
+    read = {"id": request.iD, "issuer": request.issuer.content, "subject": at(request, "subject.nameID.content")}
+    read.update(fill(request, assertion))
     query.response.assertion = [assertion]
-    return query, request, assertion
+    query.buildResponseMsg()
+    return read, query.msgBody
 
 
 def attributes(job):
-    query, request, assertion = assertion_query(job)
-    assertion.attributeStatement = [attribute_statement(job)]
-    query.buildResponseMsg()
-    return {"id": request.iD, "issuer": request.issuer.content,
-            "subject": at(request, "subject.nameID.content"),
-            "attributes": [each.name for each in request.attribute]}, query.msgBody
+    def fill(request, assertion):
+        assertion.attributeStatement = [attribute_statement(job)]
+        return {"attributes": [each.name for each in request.attribute]}
+    return answer(job, fill)
 
 
 def authz(job):
-    query, request, assertion = assertion_query(job)
-    statement = lasso.Saml2AuthzDecisionStatement()
-    statement.resource, statement.decision = request.resource, job["outcome"]
-    statement.action = request.action
-    assertion.authzDecisionStatement = [statement]
-    query.buildResponseMsg()
-    return {"id": request.iD, "issuer": request.issuer.content,
-            "subject": at(request, "subject.nameID.content"), "resource": request.resource,
-            "actions": [request.action.content]}, query.msgBody
+    def fill(request, assertion):
+        statement = lasso.Saml2AuthzDecisionStatement()
+        statement.resource, statement.decision, statement.action = request.resource, job["outcome"], request.action
+        assertion.authzDecisionStatement = [statement]
+        return {"resource": request.resource, "actions": [request.action.content]}
+    return answer(job, fill)
 
 
 def logout(job):
-    request = lasso.Logout(idp)
-    request.setSignatureVerifyHint(lasso.PROFILE_SIGNATURE_VERIFY_HINT_IGNORE)
-    request.processRequestMsg(query(job))
-    read = request.request
-    request.setSessionFromDump(sessions[at(read, "nameId.content")])
-    request.validateRequest()
-    request.buildResponseMsg()
-    return {"id": read.iD, "issuer": read.issuer.content, "subject": at(read, "nameId.content"),
-            "session": [read.sessionIndex]}, request.msgBody or request.msgUrl
+    logout = lasso.Logout(idp)
+    logout.setSignatureVerifyHint(lasso.PROFILE_SIGNATURE_VERIFY_HINT_IGNORE)
+    logout.processRequestMsg(query(job))
+    request = logout.request
+    read = {"id": request.iD, "issuer": request.issuer.content, "subject": at(request, "nameId.content"),
+            "session": [request.sessionIndex]}
+    logout.setSessionFromDump(sessions[read["subject"]])
+    logout.validateRequest()
+    logout.buildResponseMsg()
+    return read, logout.msgUrl, {"signed": []}  # what is signed is the URL
 
 
 serve({"authn": authn, "attributes": attributes, "authz": authz, "logout": logout})

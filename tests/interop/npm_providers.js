@@ -9,6 +9,7 @@ const key = fs.readFileSync("key.pem", "utf8");
 const cert = fs.readFileSync("cert.pem", "utf8");
 const STATUS = "urn:oasis:names:tc:SAML:2.0:status:";
 const CLASS = "urn:oasis:names:tc:SAML:2.0:ac:classes:PasswordProtectedTransport";
+const POST = "urn:oasis:names:tc:SAML:2.0:bindings:HTTP-POST";
 const SHA256 = "http://www.w3.org/2001/04/xmldsig-more#rsa-sha256";
 
 // Whole seconds, and Z.
@@ -38,7 +39,7 @@ function samlp() {
 
   // The text that a middleware sends: the value of a form's field.
   const sent = (middleware, request) => new Promise((resolve, reject) =>
-    middleware(request, { set() {}, send: text => resolve(/name="SAMLResponse" value="([^"]*)"/.exec(text)[1]) }, reject));
+    middleware(request, { set() {}, send: text => resolve(/name="SAMLResponse"\s+value="([^"]*)"/.exec(text)[1]) }, reject));
 
   return {
     async authn(job) {
@@ -59,6 +60,20 @@ function samlp() {
       for (const element of ["Assertion", "Response"]) if (job.signed.includes(element)) text = sign(text, element);
       return [readBack, Buffer.from(text).toString("base64")];
     },
+    async logout(job) {
+      const participants = new (install("samlp/lib/sessionParticipants"))([
+        { serviceProviderId: setup.issuer, serviceProviderLogoutURL: setup.acs, nameId: setup.user, sessionIndex: "_samlp", binding: POST }]);
+      const read = {};
+      const find = participants.get;
+      participants.get = (issuer, session, subject, done) =>
+        find.call(participants, issuer, session, subject, done, Object.assign(read, { issuer, session, subject }));
+      const store = { // what is known while the logout goes on
+        save: (_, state, done) => { read.id = (store.kept = state).parsedRequest.id; done(null, "kept"); },
+        load: (_, id, options, done) => done(null, store.kept),
+      };
+      const request = { method: "GET", query: { SAMLRequest: value(job) }, body: {} };
+      return [read, await sent(samlp.logout({ ...base, destination: null, store, sessionParticipants: participants }), request)];
+    },
   };
 }
 
@@ -66,8 +81,8 @@ function samlp() {
 function samlify() {
   const samlify = install("samlify");
   samlify.setSchemaValidator({ validate: async () => "left to the other readers" });
-  const post = [{ Binding: "urn:oasis:names:tc:SAML:2.0:bindings:HTTP-POST", Location: setup.acs }];
-  const attribute = name => ({ name, valueTag: name, nameFormat: "urn:oasis:names:tc:SAML:2.0:attrname-format:basic", valueXsiType: "xs:string" });
+  const post = [{ Binding: POST, Location: setup.acs }];
+  const attribute = (name, i) => ({ name, valueTag: "value" + i, nameFormat: "urn:oasis:names:tc:SAML:2.0:attrname-format:basic", valueXsiType: "xs:string" });
   const template = samlify.SamlLib.defaultLoginResponseTemplate.context.replace("{AuthnStatement}",
     `<saml:AuthnStatement AuthnInstant="{IssueInstant}" SessionIndex="_samlify" SessionNotOnOrAfter="{End}"><saml:AuthnContext>` +
     `<saml:AuthnContextClassRef>${CLASS}</saml:AuthnContextClassRef></saml:AuthnContext></saml:AuthnStatement>`);
@@ -92,12 +107,12 @@ function samlify() {
           SubjectRecipient: setup.acs, Issuer: setup.idp, IssueInstant: date(0), StatusCode: STATUS + "Success",
           ConditionsNotBefore: date(0), ConditionsNotOnOrAfter: date(600), SubjectConfirmationDataNotOnOrAfter: date(600),
           NameIDFormat: setup.name_format, NameID: job.user, InResponseTo: extract.request.id, End: date(3600),
-          ...Object.fromEntries(Object.entries(attributes).map(([name, text]) => ["attr" + name[0].toUpperCase() + name.slice(1), text])),
+          ...Object.fromEntries(Object.entries(attributes).map(([, text], i) => ["attrValue" + i, text])),
         }),
       });
       const response = await idp.createLoginResponse(sp(job.signed), { extract }, "post", {}, replace);
       return [{ id: extract.request.id, issuer: extract.issuer, acs: extract.request.assertionConsumerServiceUrl, policy: extract.nameIDPolicy?.format },
-        response.context, { told: { attributes: Object.fromEntries(Object.entries(attributes).map(([name, text]) => [name, [text]])) } }];
+        response.context, { attributes: Object.fromEntries(Object.entries(attributes).map(([name, text]) => [name, [text]])) }];
     },
     async logout(job) {
       const { extract } = await idp.parseLogoutRequest(sp([]), "post", body(job));
@@ -111,7 +126,7 @@ function samlify() {
 function nodeSaml() {
   const { SAML } = install("@node-saml/node-saml");
   const saml = new SAML({
-    issuer: setup.idp, callbackUrl: setup.acs, logoutUrl: setup.acs, privateKey: key, idpCert: cert, signatureAlgorithm: "sha256",
+    issuer: setup.idp, callbackUrl: setup.acs, logoutUrl: setup.acs, entryPoint: setup.acs, privateKey: key, idpCert: cert, signatureAlgorithm: "sha256",
   });
   return {
     async logout(job) {
@@ -129,8 +144,8 @@ console.log = console.warn = console.error;
 readline.createInterface({ input: process.stdin }).on("line", async line => {
   const job = JSON.parse(line);
   try {
-    const [read, response, more] = await handlers[job.kind](job);
-    write({ read, response, ...more });
+    const [read, response, told] = await handlers[job.kind](job);
+    write({ read, response, told });
   } catch (error) {
     write({ refused: String(error?.stack && process.env.TRACE ? error.stack : error).split("\n")[0] });
   }

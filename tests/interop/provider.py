@@ -1,12 +1,12 @@
-# What the adapters in Python share: the setup that the driver wrote, and the loop around one
-# provider. A job is a line of JSON on standard input, its result a line on standard output.
+# What the adapters in Python share: the driver's setup, and the loop around a provider. A job is a
+# line of JSON on standard input, its result a line on standard output.
 import json
 import os
 import sys
 import time
 
-setup = json.load(open("setup.json"))
-
+with open("setup.json") as file:
+    setup = json.load(file)
 STATUS = "urn:oasis:names:tc:SAML:2.0:status:"
 
 
@@ -23,14 +23,14 @@ def at(thing, path):
 
 
 def serve(handlers):
-    """Each handler takes a job, returns what it read, the response, and what differs from the job."""
+    """Each handler takes a job, returns what it read, the response and, if it must, what it
+    told otherwise than the job says."""
     results = os.fdopen(os.dup(1), "w")
     os.dup2(2, 1)  # what the toolkit prints is no result
     for line in sys.stdin:
         job = json.loads(line)
         try:
-            read, response, *more = handlers[job["kind"]](job)
-            result = {"read": read, "response": response, **dict(*more)}
+            result = dict(zip(("read", "response", "told"), handlers[job["kind"]](job)))
         except Exception as error:
             result = {"refused": f"{type(error).__name__}: {error}".split("\n")[0]}
         print(json.dumps(result), file=results, flush=True)
