@@ -17,9 +17,10 @@ set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/KestrelinkSAML")
 foreach(library kestrelink-saml kestrelink-saml-static)
   target_include_directories(${library} PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 endforeach()
-install(TARGETS kestrelink-saml EXPORT KestrelinkSAMLTargets
+install(TARGETS kestrelink-saml kestrelink-saml-standard EXPORT KestrelinkSAMLTargets
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development)
-install(TARGETS kestrelink-saml-static EXPORT KestrelinkSAMLStaticTargets
+install(TARGETS kestrelink-saml-static kestrelink-saml-standard-static
+  EXPORT KestrelinkSAMLStaticTargets
   ARCHIVE COMPONENT development)
 foreach(export KestrelinkSAMLTargets KestrelinkSAMLStaticTargets)
   install(EXPORT ${export} NAMESPACE KestrelinkSAML:: DESTINATION "${package_dir}"

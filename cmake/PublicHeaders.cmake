@@ -1,5 +1,5 @@
-# The headers that are installed: what the public header includes, and nothing else. A test checks
-# that the list is complete.
+# The headers that are installed: what the public header includes, and the header-only standard
+# forms above it. Consumers that are built against an installed tree find out whether it is complete.
 set(KESTRELINK_PUBLIC_HEADERS
   kestrelink/platform/Export.h
   kestrelink/platform/SharedBytes.h
@@ -28,6 +28,10 @@ set(KESTRELINK_PUBLIC_HEADERS
   kestrelink/saml/messages/SAMLAuthZDecisionQuery.h
   kestrelink/saml/messages/SAMLLogoutRequest.h
   kestrelink/saml/messages/SAMLResponse.h
+  kestrelink/standard/ElementCopy.h
+  kestrelink/standard/MakeElement.h
+  kestrelink/standard/StandardForms.h
+  kestrelink/standard/StandardReading.h
   kestrelink/xml/ErrorInfo.h
   kestrelink/xml/libxml/LibxmlHandles.h
   kestrelink/xml/NamespaceMap.h

@@ -2,12 +2,15 @@
 
 #include <nlohmann/json.hpp>
 
+#include "kestrelink/standard/StandardReading.h"
+
 #include "TimeText.h"
 
 namespace ksaml {
 namespace {
 
 using Json = nlohmann::ordered_json;
+using kestrelink::standard::attributeText;
 
 Json json(const std::optional<std::string>& text) { return text ? Json(*text) : Json(); }
 
@@ -23,7 +26,7 @@ Json json(const std::optional<kestrelink::ErrorInfo>& error) {
 }
 
 Json nameIdentifier(const kestrelink::SAMLSubject& subject) {
-  const auto identifier = nameIdentifierOf(subject);
+  const auto identifier = kestrelink::standard::nameIdOf(subject);
   if (!identifier) return {};
   return {{"value", json(identifier->textContent())},
           {"element", json(identifier->tagName())},
@@ -56,6 +59,37 @@ Json authorization(const kestrelink::SAMLResponse& response, const ReadOptions& 
   return decisions;
 }
 
+Json signedElements(const kestrelink::SAMLResponse& response) {
+  Json names = Json::array();
+  for (const auto& element : kestrelink::standard::signedElements(response)) {
+    names.push_back(json(element->tagName()));
+  }
+  return names;
+}
+
+Json decisions(const kestrelink::SAMLResponse& response) {
+  Json all = Json::array();
+  for (const auto& assertion : kestrelink::standard::assertionsOf(response)) {
+    for (const auto& decision : kestrelink::standard::decisionsOf(*assertion)) {
+      all.push_back({{"resource", json(decision.resource)},
+                     {"decision", json(decision.decision)},
+                     {"actions", decision.actions}});
+    }
+  }
+  return all;
+}
+
+Json unreadDates(const kestrelink::SAMLResponse& response) {
+  Json all = Json::array();
+  for (const auto& date : kestrelink::standard::unreadDates(response)) {
+    all.push_back({{"element", date.element},
+                   {"attribute", date.attribute},
+                   {"text", date.text},
+                   {"reason", date.reason}});
+  }
+  return all;
+}
+
 void addAnswers(Json& report, const kestrelink::SAMLResponse& response,
                 const ReadOptions& options) {
   const auto assertions = response.assertions();
@@ -74,6 +108,14 @@ void addAnswers(Json& report, const kestrelink::SAMLResponse& response,
   report["primaryStatusCode"] = json(response.primaryStatusCode());
   report["expectedAction"] = static_cast<std::int64_t>(response.expectedAction());
   report["authorization"] = authorization(response, options);
+  report["signed"] = signedElements(response);
+  report["audiences"] = audiencesOf(response);
+  report["recipient"] = json(kestrelink::standard::recipientOf(response));
+  report["inResponseTo"] = json(kestrelink::standard::inResponseTo(response));
+  report["destination"] = json(kestrelink::standard::destinationOf(response));
+  report["decisions"] = decisions(response);
+  report["encryptedAssertions"] = kestrelink::standard::encryptedAssertions(response);
+  report["unreadDates"] = unreadDates(response);
 }
 
 }  // namespace
@@ -81,10 +123,29 @@ void addAnswers(Json& report, const kestrelink::SAMLResponse& response,
 std::string jsonReport(const Reading& reading, const ReadOptions& options) {
   Json report = {
       {"file", reading.file}, {"accepted", reading.accepted}, {"error", json(reading.error)}};
-  for (const char* key :
-       {"root", "meetsConditions", "valid", "selectedProvider", "userName", "subject", "attributes",
-        "hasValidAuthentication", "authenticationTTL", "authenticationSessionId", "assertions",
-        "statusCodes", "primaryStatusCode", "expectedAction", "authorization"}) {
+  for (const char* key : {"root",
+                          "meetsConditions",
+                          "valid",
+                          "selectedProvider",
+                          "userName",
+                          "subject",
+                          "attributes",
+                          "hasValidAuthentication",
+                          "authenticationTTL",
+                          "authenticationSessionId",
+                          "assertions",
+                          "statusCodes",
+                          "primaryStatusCode",
+                          "expectedAction",
+                          "authorization",
+                          "signed",
+                          "audiences",
+                          "recipient",
+                          "inResponseTo",
+                          "destination",
+                          "decisions",
+                          "encryptedAssertions",
+                          "unreadDates"}) {
     report[key] = nullptr;
   }
   if (reading.response) addAnswers(report, *reading.response, options);

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "Base64Text.h"
+#include "Bindings.h"
 #include "InputFile.h"
 #include "JsonReport.h"
 #include "TextReport.h"
@@ -16,11 +16,8 @@ namespace ksaml {
 namespace {
 
 std::optional<std::string> textOf(const std::string& file, bool base64) {
-  std::optional<std::string> text = readInput(file);
-  if (!text || !base64) return text;
-  text = fromBase64(*text);
-  if (!text) std::fprintf(stderr, "ksaml: %s is not base64\n", file.c_str());
-  return text;
+  const std::optional<std::string> text = readInput(file);
+  return text ? messageIn(*text, base64, file) : std::nullopt;
 }
 
 bool wantsColour() { return isatty(STDOUT_FILENO) != 0 && std::getenv("NO_COLOR") == nullptr; }

@@ -1,35 +1,99 @@
 #include "Reading.h"
 
-namespace ksaml {
+#include <utility>
 
+#include "kestrelink/standard/StandardReading.h"
+
+#include "Bindings.h"
+
+namespace ksaml {
+namespace {
+
+using kestrelink::ErrorInfo;
 using kestrelink::SAMLResponse;
+using kestrelink::SharedBytes;
+
+// A SOAP 1.1 envelope whose body is one SAML message (SAML 2.0 bindings, section 3.2.2). The import
+// is found in the library's resource bundle.
+constexpr const char* kEnvelopeSchema = R"(
+<schema xmlns="http://www.w3.org/2001/XMLSchema"
+    targetNamespace="http://schemas.xmlsoap.org/soap/envelope/" elementFormDefault="qualified">
+  <import namespace="urn:oasis:names:tc:SAML:2.0:protocol"
+      schemaLocation="saml-schema-protocol-2.0.xsd"/>
+  <element name="Envelope">
+    <complexType>
+      <sequence>
+        <element name="Header" minOccurs="0">
+          <complexType>
+            <sequence>
+              <any namespace="##any" processContents="skip" minOccurs="0" maxOccurs="unbounded"/>
+            </sequence>
+            <anyAttribute namespace="##any" processContents="skip"/>
+          </complexType>
+        </element>
+        <element name="Body">
+          <complexType>
+            <sequence>
+              <any namespace="urn:oasis:names:tc:SAML:2.0:protocol" processContents="strict"/>
+            </sequence>
+            <anyAttribute namespace="##any" processContents="skip"/>
+          </complexType>
+        </element>
+      </sequence>
+      <anyAttribute namespace="##any" processContents="skip"/>
+    </complexType>
+  </element>
+</schema>)";
+
+// Makes the message in the body the document's root, with the error that the controller gives to a
+// root that is no response.
+void openEnvelope(SAMLResponse& response, kestrelink::ErrorOut error) {
+  const auto body = response.documentElement()->firstElementByTagName("Body");
+  if (!body || body->elements().empty()) return;
+  const auto message = body->elements().front();
+  response.setDocumentElement(message);
+  response.setResponseElement(std::dynamic_pointer_cast<kestrelink::SAMLResponseElement>(message));
+  error->reset();
+  if (response.responseElement()) return;
+  *error = ErrorInfo{
+      std::string(kestrelink::SAMLParserErrorDomain),
+      102,
+      {{std::string(kestrelink::kReceivedClassKey), std::string(message->dynamicClass().name())}}};
+}
+
+}  // namespace
+
+std::shared_ptr<SAMLResponse> responseFrom(const kestrelink::SAMLParserController& controller,
+                                           std::string_view text, kestrelink::ErrorOut error) {
+  SharedBytes bytes = controller.dataFromString(text, error);
+  if (!bytes) return nullptr;
+  const bool isEnvelope = isSoapEnvelope(text);
+  SharedBytes schema = controller.schema();
+  if (isEnvelope && schema) schema = std::make_shared<const std::string>(kEnvelopeSchema);
+  auto response = SAMLResponse::initWithData(std::move(bytes), std::move(schema), error);
+  if (response && isEnvelope) openEnvelope(*response, error);
+  return response;
+}
 
 Reading readMessage(kestrelink::SAMLParserController& controller, std::string_view text,
                     const ReadOptions& options) {
   if (options.noSchema) controller.setSchemaData(nullptr);
   Reading reading;
   reading.validated = controller.schema() != nullptr;
-  reading.response = options.cached ? controller.parseCachedResponse(text, &reading.error)
-                                    : controller.parseResponse(text, &reading.error);
-  reading.accepted = reading.response != nullptr;
-  if (reading.accepted) {
-    reading.error.reset();
-  } else if (auto bytes = controller.dataFromString(text)) {
-    reading.response = SAMLResponse::initWithData(std::move(bytes), controller.schema());
-  }
+  reading.response = responseFrom(controller, text, &reading.error);
+  // The controller's order: each step may leave an error, and the last one written stands.
+  reading.accepted =
+      reading.response &&
+      (options.cached || reading.response->assertionMeetsConditions(&reading.error)) &&
+      reading.response->isValid(&reading.error);
+  if (reading.accepted) reading.error.reset();
   return reading;
 }
 
-std::shared_ptr<kestrelink::XMLWrapperElement> nameIdentifierOf(
-    const kestrelink::SAMLSubject& subject) {
-  if (auto nameId = subject.nameId()) return nameId;
-  return subject.firstElementByTagName("NameID");
-}
-
-std::optional<std::string> attributeText(const kestrelink::XMLWrapperElement& element,
-                                         std::string_view name) {
-  const auto attribute = element.attributeWithName(name);
-  return attribute ? attribute->value() : std::nullopt;
+std::vector<std::string> audiencesOf(const SAMLResponse& response) {
+  const auto assertions = kestrelink::standard::assertionsOf(response);
+  if (assertions.empty()) return {};
+  return kestrelink::standard::audiencesOf(*assertions.front());
 }
 
 }  // namespace ksaml

@@ -22,20 +22,22 @@ struct Reading {
   bool accepted = false;
   bool validated = false;                      // against the schema
   std::optional<kestrelink::ErrorInfo> error;  // of a rejected message; it may have none
-  /// The answers, of a rejected message too; null when the text yields no document.
+  /// Of a rejected message too; null when the text yields no document, or one that is not valid.
   std::shared_ptr<kestrelink::SAMLResponse> response;
 };
 
-/// Hands the text to the controller, as a client would.
+/// Reads the XML text once and judges it in the controller's order, so that a rejected message can
+/// be shown too. A message in a SOAP 1.1 envelope is read as if it stood alone.
 Reading readMessage(kestrelink::SAMLParserController& controller, std::string_view text,
                     const ReadOptions& options);
 
-/// The name identifier of a subject under either spelling, or null.
-std::shared_ptr<kestrelink::XMLWrapperElement> nameIdentifierOf(
-    const kestrelink::SAMLSubject& subject);
+/// The document of that message, unjudged, read with the controller's schema; null as
+/// `SAMLResponse::initWithData`.
+std::shared_ptr<kestrelink::SAMLResponse> responseFrom(
+    const kestrelink::SAMLParserController& controller, std::string_view text,
+    kestrelink::ErrorOut error);
 
-/// The value of an attribute of that element, or absent.
-std::optional<std::string> attributeText(const kestrelink::XMLWrapperElement& element,
-                                         std::string_view name);
+/// The audiences of the first assertion.
+std::vector<std::string> audiencesOf(const kestrelink::SAMLResponse& response);
 
 }  // namespace ksaml

@@ -5,9 +5,12 @@
 
 #include <CLI/CLI.hpp>
 
+#include "kestrelink/standard/StandardForms.h"
+
 #include "Base64Text.h"
+#include "Bindings.h"
 #include "InputFile.h"
-#include "TimeText.h"
+#include "Reading.h"
 
 namespace ksaml {
 namespace {
@@ -19,6 +22,17 @@ kestrelink::SAMLParserController& controller() {
 std::nullptr_t refuse(const char* format, const std::string& what) {
   std::fprintf(stderr, format, what.c_str());
   return nullptr;
+}
+
+// The message in a file, whatever carried it there.
+std::optional<std::string> messageInFile(const std::string& file) {
+  const auto text = readInput(file);
+  return text ? messageIn(*text, false, file) : std::nullopt;
+}
+
+bool isValid(const std::string& request) {
+  const auto bytes = std::make_shared<const std::string>(request);
+  return kestrelink::XMLWrapperDoc::initWithData(bytes, controller().schema()) != nullptr;
 }
 
 std::vector<std::string> split(const std::string& list) {
@@ -37,29 +51,54 @@ RequestCommand::RequestCommand(CLI::App& app) {
                                    Document (RequestCommand::*make)() const) {
     CLI::App* const command = request->add_subcommand(name, description);
     command->footer("Exit status: 0 written, 2 usage or unusable input.");
-    command->add_flag("--base64", base64_, "Write the form value that a browser posts");
+    command->add_flag("--standard", standard_,
+                      "Write the form that the SAML 2.0 protocol schema accepts");
+    command->add_option("--destination", destination_, "The URL that the request is sent to")
+        ->type_name("URL");
+    CLI::Option* const base64 =
+        command->add_flag("--base64", base64_, "Write the form value that a browser posts");
+    CLI::Option* const soap = command->add_flag("--soap", soap_, "Write it in a SOAP 1.1 envelope");
+    command
+        ->add_option("--redirect", redirect_,
+                     "Write this URL with the request in its query (HTTP-Redirect, unsigned)")
+        ->type_name("URL")
+        ->excludes(base64)
+        ->excludes(soap);
+    soap->excludes(base64);
     command->final_callback([this, make] { chosen_ = [this, make] { return (this->*make)(); }; });
     return command;
   };
   const auto addSubject = [this](CLI::App* command) {
-    command->add_option("--subject-from", subjectFile_, "Take the subject of this response")
+    command
+        ->add_option("--subject-from", subjectFile_,
+                     "Name the subscriber: the subject of the response in this file")
         ->type_name("FILE");
   };
 
   CLI::App* const authn =
       add("authn", "An authentication request: sign the subscriber in", &RequestCommand::authn);
-  authn->add_option("--issuer", issuer_, "Who asks")->type_name("TEXT")->required();
-  authn->add_option("--provider-name", providerName_, "Name of the provider")->type_name("TEXT");
-  authn->add_flag("--passive", passive_, "Without asking the subscriber");
-  authn->add_flag("--force-authn", forceAuthn_, "Even if already signed in");
+  authn->add_option("--issuer", issuer_, "The client's identifier, which the provider knows")
+      ->type_name("TEXT")
+      ->required();
+  authn
+      ->add_option("--provider-name", providerName_,
+                   "The client's name, for the provider to show to the subscriber")
+      ->type_name("TEXT");
+  authn->add_option("--acs-url", acsUrl_, "The URL that the response is to be posted to")
+      ->type_name("URL");
+  authn->add_flag("--passive", passive_, "The provider must not show its sign-in page");
+  authn->add_flag("--force-authn", forceAuthn_,
+                  "The subscriber must sign in even if signed in already");
   addSubject(authn);
 
   CLI::App* const attributes =
       add("attributes", "An attribute query: who is the subscriber", &RequestCommand::attributes);
-  attributes->add_option("--channel", channel_, "The channel that asks")
+  attributes->add_option("--channel", channel_, "The identifier of the channel that asks")
       ->type_name("ID")
       ->required();
-  attributes->add_option("--attribute", attributes_, "Ask for it, or for these values of it")
+  attributes
+      ->add_option("--attribute", attributes_,
+                   "Ask for the attribute of this name, or for these values of it")
       ->type_name("NAME[=VALUE,VALUE...]")
       ->expected(1)
       ->take_all();
@@ -67,9 +106,13 @@ RequestCommand::RequestCommand(CLI::App& app) {
 
   CLI::App* const authz = add("authz", "An authorisation decision query: may the subscriber do it",
                               &RequestCommand::authz);
-  authz->add_option("--channel", channel_, "The channel that asks")->type_name("ID")->required();
-  authz->add_option("--resource", resource_, "What it is about")->type_name("URL")->required();
-  authz->add_option("--action", actions_, "What to do with it (default Play)")
+  authz->add_option("--channel", channel_, "The identifier of the channel that asks")
+      ->type_name("ID")
+      ->required();
+  authz->add_option("--resource", resource_, "The URL of what the subscriber wants to watch")
+      ->type_name("URL")
+      ->required();
+  authz->add_option("--action", actions_, "What to do with the resource (default Play)")
       ->type_name("NAME")
       ->expected(1)
       ->take_all();
@@ -77,11 +120,24 @@ RequestCommand::RequestCommand(CLI::App& app) {
 
   CLI::App* const logout =
       add("logout", "A logout request: end the session", &RequestCommand::logout);
-  logout->add_option("--issuer", issuer_, "Who asks")->type_name("TEXT");
-  logout->add_option("--reason", reason_, "Why")->type_name("TEXT");
-  logout->add_option("--not-on-or-after", notOnOrAfter_, "When the request expires")
+  logout->add_option("--issuer", issuer_, "The client's identifier, which the provider knows")
+      ->type_name("TEXT");
+  logout
+      ->add_option("--reason", reason_,
+                   "Why the session ends: a URI such as urn:oasis:names:tc:SAML:2.0:logout:user")
+      ->type_name("TEXT");
+  logout
+      ->add_option("--not-on-or-after", notOnOrAfter_,
+                   "When the request expires, such as 2030-01-31T12:00:00Z")
       ->type_name("DATE");
-  logout->add_option("--session-index", sessionIndex_, "Which session")->type_name("TEXT");
+  logout
+      ->add_option("--session-index", sessionIndex_,
+                   "The session to end, as an earlier response named it")
+      ->type_name("TEXT");
+  logout
+      ->add_option("--name-id-from", nameIdFile_,
+                   "Name the subscriber: the name identifier of the response in this file")
+      ->type_name("FILE");
 }
 
 int RequestCommand::run() const {
@@ -93,19 +149,58 @@ int RequestCommand::run() const {
     std::fputs("ksaml: the request could not be written\n", stderr);
     return 2;
   }
-  const std::string output = base64_ ? toBase64(*text) : *text;
-  std::printf("%s\n", output.c_str());
+  if (!isValid(*text)) {
+    if (standard_) {
+      std::fputs("ksaml: the SAML 2.0 protocol schema refuses what the request was given\n",
+                 stderr);
+      return 2;
+    }
+    std::fputs(
+        "ksaml: the SAML 2.0 protocol schema refuses this request; --standard writes the form that "
+        "it accepts\n",
+        stderr);
+  }
+  std::printf("%s\n", carried(*text).c_str());
   return finishedOutput() ? 0 : 2;
+}
+
+std::string RequestCommand::carried(const std::string& text) const {
+  if (redirect_) return redirectUrl(*redirect_, text);
+  if (soap_) return inSoapEnvelope(text);
+  return base64_ ? toBase64(text) : text;
+}
+
+template <class Request>
+RequestCommand::Document RequestCommand::finished(const std::shared_ptr<Request>& request) const {
+  namespace standard = kestrelink::standard;
+  if (destination_) standard::setDestination(*request, *destination_);
+  const auto made = standard_ ? standard::toStandardForm(*request) : standard::StandardForm::made;
+  if (made == standard::StandardForm::made) return request;
+  return refuse("ksaml: there is no standard form: %s\n", standard::reasonOf(made));
 }
 
 template <class Request>
 bool RequestCommand::takesSubject(Request& request) const {
   if (!subjectFile_) return true;
-  const auto response = readInput(*subjectFile_);
+  const auto response = messageInFile(*subjectFile_);
   if (!response) return false;
   request.setSubjectFromResponse(*response);
   if (request.requestElement()->subject()) return true;
   refuse("ksaml: there is no subject in %s\n", *subjectFile_);
+  return false;
+}
+
+bool RequestCommand::takesNameId(const kestrelink::SAMLLogoutRequest& request) const {
+  if (!nameIdFile_) return true;
+  const auto message = messageInFile(*nameIdFile_);
+  if (!message) return false;
+  std::optional<kestrelink::ErrorInfo> ignored;
+  const auto response = responseFrom(controller(), *message, &ignored);
+  const auto assertions = response ? response->assertions() : std::nullopt;
+  const auto subject =
+      assertions && !assertions->empty() ? assertions->front()->subject() : nullptr;
+  if (subject && kestrelink::standard::setNameIdFrom(request, *subject)) return true;
+  refuse("ksaml: there is no name identifier in %s\n", *nameIdFile_);
   return false;
 }
 
@@ -114,7 +209,8 @@ RequestCommand::Document RequestCommand::authn() const {
   if (providerName_) request->setProviderName(*providerName_);
   if (passive_) request->setIsPassive(true);
   if (forceAuthn_) request->setForceAuthN(true);
-  return takesSubject(*request) ? request : nullptr;
+  if (acsUrl_) kestrelink::standard::setAssertionConsumerService(*request, *acsUrl_);
+  return takesSubject(*request) ? finished(request) : nullptr;
 }
 
 RequestCommand::Document RequestCommand::attributes() const {
@@ -125,7 +221,7 @@ RequestCommand::Document RequestCommand::attributes() const {
     query->addAttribute(attribute.substr(0, equals), hasValues ? split(attribute.substr(equals + 1))
                                                                : std::vector<std::string>());
   }
-  return takesSubject(*query) ? query : nullptr;
+  return takesSubject(*query) ? finished(query) : nullptr;
 }
 
 RequestCommand::Document RequestCommand::authz() const {
@@ -133,7 +229,7 @@ RequestCommand::Document RequestCommand::authz() const {
   if (!query->requestElement()->resource()) return refuse("ksaml: %s is no URL\n", *resource_);
   for (const std::string& action : actions_) query->addAction(action);
   if (actions_.empty()) query->addAction(kestrelink::SAMLAuthZDecisionQueryActionPlay);
-  return takesSubject(*query) ? query : nullptr;
+  return takesSubject(*query) ? finished(query) : nullptr;
 }
 
 RequestCommand::Document RequestCommand::logout() const {
@@ -141,14 +237,13 @@ RequestCommand::Document RequestCommand::logout() const {
   if (issuer_) request->setIssuer(*issuer_);
   if (reason_) request->setReason(*reason_);
   if (notOnOrAfter_) {
-    const auto date = dateFromText(*notOnOrAfter_);
-    if (!date) {
+    request->requestElement()->setAttributeWithName("NotOnOrAfter", *notOnOrAfter_);
+    if (!request->notOnOrAfter()) {
       return refuse("ksaml: %s is no date of the form 2030-01-31T12:00:00Z\n", *notOnOrAfter_);
     }
-    request->setNotOnOrAfter(*date);
   }
   if (sessionIndex_) request->requestElement()->setSessionIndex(*sessionIndex_);
-  return request;
+  return takesNameId(*request) ? finished(request) : nullptr;
 }
 
 }  // namespace ksaml

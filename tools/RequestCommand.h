@@ -33,11 +33,17 @@ class RequestCommand {
   Document logout() const;
   template <class Request>
   bool takesSubject(Request& request) const;
+  bool takesNameId(const kestrelink::SAMLLogoutRequest& request) const;
+  /// The request as the command line wants it: with a destination, in its standard form.
+  template <class Request>
+  Document finished(const std::shared_ptr<Request>& request) const;
+  /// The text as the command line wants it to travel.
+  std::string carried(const std::string& text) const;
 
   std::optional<std::string> issuer_, providerName_, subjectFile_, channel_, resource_, reason_,
-      notOnOrAfter_, sessionIndex_;
+      notOnOrAfter_, sessionIndex_, destination_, acsUrl_, nameIdFile_, redirect_;
   std::vector<std::string> attributes_, actions_;
-  bool passive_ = false, forceAuthn_ = false, base64_ = false;
+  bool passive_ = false, forceAuthn_ = false, base64_ = false, soap_ = false, standard_ = false;
   std::function<Document()> chosen_;
 };
 

@@ -2,6 +2,8 @@
 
 #include <chrono>
 
+#include "kestrelink/standard/StandardReading.h"
+
 #include "Table.h"
 #include "TimeText.h"
 
@@ -11,7 +13,9 @@ namespace {
 using kestrelink::SAMLAssertion;
 using kestrelink::SAMLDate;
 using kestrelink::SAMLResponse;
+using kestrelink::standard::attributeText;
 
+// For spans of time alone: the verdicts are the library's.
 SAMLDate now() { return std::chrono::system_clock::now(); }
 
 std::string ago(const SAMLDate& date) {
@@ -81,11 +85,19 @@ std::string errorDetails(const kestrelink::ErrorInfo& error) {
   return text;
 }
 
+bool isAllEncrypted(const SAMLResponse& response) {
+  return kestrelink::standard::encryptedAssertions(response) > 0 &&
+         kestrelink::standard::assertionsOf(response).empty();
+}
+
 std::string verdict(const Reading& reading, const ReadOptions& options, bool colour) {
   const std::string word = reading.accepted ? "accepted" : "rejected";
   std::string text = printable(reading.file) + ": ";
   text += colour ? (reading.accepted ? "\033[1;32m" : "\033[1;31m") + word + "\033[0m" : word;
   if (!reading.accepted) text += ": " + reasonOf(reading, options);
+  if (reading.accepted && isAllEncrypted(*reading.response)) {
+    text += ", but its assertions are encrypted: nothing was read";
+  }
   text += "\n";
   if (reading.error) text += errorDetails(*reading.error);
   if (!reading.validated) text += "  not validated: no schema\n";
@@ -95,7 +107,7 @@ std::string verdict(const Reading& reading, const ReadOptions& options, bool col
   return text;
 }
 
-// Answers
+// What it holds
 
 std::string shown(const std::optional<std::string>& text) {
   return text ? printable(*text) : "(none)";
@@ -103,7 +115,7 @@ std::string shown(const std::optional<std::string>& text) {
 
 std::string subjectText(const std::shared_ptr<kestrelink::SAMLSubject>& subject) {
   if (!subject) return "(none)";
-  const auto identifier = nameIdentifierOf(*subject);
+  const auto identifier = kestrelink::standard::nameIdOf(*subject);
   if (!identifier) return "(without a name identifier)";
   std::string text = shown(identifier->textContent());
   if (const auto format = attributeText(*identifier, "Format")) {
@@ -119,8 +131,9 @@ std::string authenticationText(const SAMLResponse& response) {
   const std::string end =
       dateAttribute(*statement, "SessionNotOnOrAfter", statement->sessionNotOnOrAfter());
   if (end.empty()) return "not valid: its statement names no end";
-  const auto date = statement->sessionNotOnOrAfter();
-  const char* state = !date ? "not valid: until " : *date > now() ? "until " : "ended ";
+  const char* state = statement->isValid()               ? "until "
+                      : statement->sessionNotOnOrAfter() ? "ended "
+                                                         : "not valid: until ";
   return state + end;
 }
 
@@ -142,10 +155,10 @@ std::string conditionsText(const SAMLAssertion& assertion) {
   const auto from = conditions->notBefore();
   const auto until = conditions->notOnOrAfter();
   std::string text = "conditions met";
-  if (from && *from > now()) {
-    text = "not yet valid, for " + spanText(from->seconds() - now().seconds());
-  } else if (until && *until <= now()) {
-    text = "expired by " + spanText(now().seconds() - until->seconds());
+  if (!assertion.meetsConditions()) {
+    const bool early = from && (!until || *from > now());
+    text = early ? "not yet valid, for " + spanText(from->seconds() - now().seconds())
+                 : "expired by " + spanText(now().seconds() - until->seconds());
   }
   const std::string start = dateAttribute(*conditions, "NotBefore", from);
   const std::string end = dateAttribute(*conditions, "NotOnOrAfter", until);
@@ -190,6 +203,34 @@ std::string decisionsText(const SAMLResponse& response, const ReadOptions& optio
   return table.empty() ? "" : "\n  Decisions\n" + table.text("    ");
 }
 
+std::string signedText(const SAMLResponse& response) {
+  std::vector<std::string> names;
+  for (const auto& element : kestrelink::standard::signedElements(response)) {
+    names.push_back(element->tagName().value_or(""));
+  }
+  return names.empty() ? "nothing" : joined(names, ", ") + " (not verified)";
+}
+
+std::string statementsText(const SAMLResponse& response) {
+  Table table;
+  for (const auto& assertion : kestrelink::standard::assertionsOf(response)) {
+    for (const auto& decision : kestrelink::standard::decisionsOf(*assertion)) {
+      table.add(shown(decision.resource),
+                shown(decision.decision) + " for " + joined(decision.actions, ", "));
+    }
+  }
+  return table.empty() ? "" : "\n  Decision statements\n" + table.text("    ");
+}
+
+std::string unreadDatesText(const SAMLResponse& response) {
+  Table table;
+  for (const auto& date : kestrelink::standard::unreadDates(response)) {
+    table.add(printable(date.element) + " " + date.attribute,
+              "\"" + printable(date.text) + "\": " + date.reason);
+  }
+  return table.empty() ? "" : "\n  Dates that were not read\n" + table.text("    ");
+}
+
 std::string answers(const SAMLResponse& response, const ReadOptions& options) {
   Table table;
   const auto assertions = response.assertions();
@@ -202,8 +243,16 @@ std::string answers(const SAMLResponse& response, const ReadOptions& options) {
   table.add("Next", nextText(response));
   table.add("Status", joined(response.statusCodes(), " > "));
   table.add("Assertions", assertions ? std::to_string(assertions->size()) : "(no list)");
+  if (const std::size_t encrypted = kestrelink::standard::encryptedAssertions(response)) {
+    table.add("Encrypted", std::to_string(encrypted) + " more, not read");
+  }
+  table.add("Signed", signedText(response));
+  table.add("Audiences", joined(audiencesOf(response), ", "));
+  table.add("Recipient", shown(kestrelink::standard::recipientOf(response)));
+  table.add("In response to", shown(kestrelink::standard::inResponseTo(response)));
+  table.add("Destination", shown(kestrelink::standard::destinationOf(response)));
   return "\n" + table.text("  ") + assertionsText(assertions) + attributesText(response) +
-         decisionsText(response, options);
+         decisionsText(response, options) + statementsText(response) + unreadDatesText(response);
 }
 
 }  // namespace

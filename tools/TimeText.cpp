@@ -2,29 +2,21 @@
 
 #include <array>
 #include <cstdio>
-#include <ctime>
 #include <utility>
 
 namespace ksaml {
 
+// With the calendar of the standard library: a time_t of 32 bits ends in 2038.
 std::string dateText(const kestrelink::SAMLDate& date) {
-  const std::time_t instant = date.seconds().time_since_epoch().count();
-  std::tm utc{};
-  gmtime_r(&instant, &utc);
+  const auto day = std::chrono::floor<std::chrono::days>(date.seconds());
+  const std::chrono::year_month_day calendar(day);
+  const std::chrono::hh_mm_ss time(date.seconds() - day);
   std::array<char, 80> text{};
-  std::snprintf(text.data(), text.size(), "%04d-%02d-%02dT%02d:%02d:%02dZ", utc.tm_year + 1900,
-                utc.tm_mon + 1, utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec);
+  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
+                static_cast<int>(calendar.year()), static_cast<unsigned>(calendar.month()),
+                static_cast<unsigned>(calendar.day()), static_cast<int>(time.hours().count()),
+                static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
   return text.data();
-}
-
-std::optional<kestrelink::SAMLDate> dateFromText(const std::string& text) {
-  std::tm utc{};
-  const char* const end = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%SZ", &utc);
-  if (end == nullptr || *end != '\0') return std::nullopt;
-  const kestrelink::SAMLDate date{std::chrono::sys_seconds(std::chrono::seconds(timegm(&utc)))};
-  // What was only nearly the form, or no day of the calendar, comes back as another text.
-  if (dateText(date) != text) return std::nullopt;
-  return date;
 }
 
 std::string spanText(std::chrono::seconds span) {

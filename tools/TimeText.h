@@ -1,7 +1,6 @@
 #pragma once
 
 #include <chrono>
-#include <optional>
 #include <string>
 
 #include "kestrelink/saml/KestrelinkSAML.h"
@@ -10,9 +9,6 @@ namespace ksaml {
 
 /// The date as messages carry it.
 std::string dateText(const kestrelink::SAMLDate& date);
-
-/// The date that such a text names; absent for any other text.
-std::optional<kestrelink::SAMLDate> dateFromText(const std::string& text);
 
 /// A span of time in its two largest units: "3 days 4 hours".
 std::string spanText(std::chrono::seconds span);

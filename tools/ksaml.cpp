@@ -1,11 +1,16 @@
 // ksaml: what the library makes of a message, on the command line.
 
+#include <cstdio>
+#include <new>
+
 #include <CLI/CLI.hpp>
 
 #include "ReadCommand.h"
 #include "RequestCommand.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int run(int argc, char** argv) {
   CLI::App app(
       "Reads and makes the SAML 2.0 messages that sign a television subscriber in. Verifies no "
       "signature.",
@@ -17,15 +22,23 @@ int main(int argc, char** argv) {
   CLI::App* const readCommand =
       app.add_subcommand("read", "Read a provider's answer and say what it holds");
   readCommand->footer("Exit status: 0 all accepted, 1 some rejected, 2 usage or unreadable file.");
-  readCommand->add_flag("--cached", read.options.cached, "Do not check the time window");
-  readCommand->add_flag("--no-schema", read.options.noSchema, "Do not validate");
-  readCommand->add_flag("--base64", read.base64, "The form value that a browser posts");
+  readCommand->add_flag("--cached", read.options.cached,
+                        "Do not check the time window, as for an answer that was kept");
+  readCommand->add_flag("--no-schema", read.options.noSchema,
+                        "Do not validate the message against the schema");
+  readCommand->add_flag("--base64", read.base64,
+                        "The input is base64, as the form value that a browser posts");
   readCommand->add_option("--resource", read.options.resources, "Show the decision for this URL")
       ->type_name("URL")
       ->expected(1)
       ->take_all();
   readCommand->add_flag("--json", read.json, "One JSON object a line for each file");
-  readCommand->add_option("FILE", read.files, "Messages; - is standard input")->required();
+  readCommand
+      ->add_option("FILE", read.files,
+                   "Messages: XML, alone or in a SOAP envelope, a posted form, a URL or base64; - "
+                   "is standard "
+                   "input")
+      ->required();
 
   ksaml::RequestCommand request(app);
 
@@ -34,5 +47,16 @@ int main(int argc, char** argv) {
     return readCommand->parsed() ? read.run() : request.run();
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : 2;
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::fputs("ksaml: out of memory\n", stderr);
+    return 2;
   }
 }

@@ -14,10 +14,20 @@ configure() {
   cmake --build "$work/build" >>"$work/log" || { cat "$work/log"; exit 1; }
 }
 
+# run_both FOLDER_OF_PROGRAMS FOLDER_OF_BUNDLE: the client, and the client of a provider that
+# validates, whose requests are validated here by another program.
+run_both() {
+  "$1/consumer" "$answer"
+  "$1/standard" "$answer" "$work"
+  xmllint --nonet --noout --schema "$2/com.norvane.Kestrelink.SAMLFramework/saml-schema-protocol-2.0.xsd" \
+    "$work"/{authn,attributes,authz,logout}.xml
+}
+
 if [ "$kind" = subdirectory ]; then
   configure subdirectory -DKESTRELINK_SOURCE_DIR="$source"
   # The bundle is staged in the library's own build folder, beside its lib/.
-  exec "$work/build/consumer" "$answer"
+  run_both "$work/build" "$build/share"
+  exit
 fi
 
 cmake --install "$build" --prefix "$work/prefix" >/dev/null
@@ -27,19 +37,22 @@ prefix=$work/moved
 case $kind in
   find_package)
     configure find_package -DCMAKE_PREFIX_PATH="$prefix"
-    "$work/build/consumer" "$answer"
+    run_both "$work/build" "$prefix/share"
     ;;
   static)
     configure static -DCMAKE_PREFIX_PATH="$prefix" -DCLIENT_PREFIX="$prefix"
     ! ldd "$prefix/bin/consumer" | grep -q kestrelink
-    "$prefix/bin/consumer" "$answer"
+    ! ldd "$prefix/bin/standard" | grep -q kestrelink
+    run_both "$prefix/bin" "$prefix/share"
     ;;
   pkg_config)
     export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
     read -ra flags < <(pkg-config --cflags --libs kestrelink-saml)
-    "$cxx" -std=c++20 -Wall -Wextra -Werror "$source/tests/consumers/consumer.cpp" "${flags[@]}" \
-      -o "$work/consumer"
-    LD_LIBRARY_PATH=$prefix/lib "$work/consumer" "$answer"
+    for program in consumer standard; do
+      "$cxx" -std=c++20 -Wall -Wextra -Werror "$source/tests/consumers/$program.cpp" "${flags[@]}" \
+        -o "$work/$program"
+    done
+    LD_LIBRARY_PATH=$prefix/lib run_both "$work" "$prefix/share"
     # An absolute library folder stays what it is.
     cmake -S "$source" -B "$work/absolute" -G Ninja -DKESTRELINK_BUILD_TESTS=OFF \
       -DKESTRELINK_BUILD_TOOLS=OFF -DCMAKE_INSTALL_LIBDIR=/opt/deep/lib >/dev/null

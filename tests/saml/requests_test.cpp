@@ -2,7 +2,6 @@
 // standing still.
 
 #include "kestrelink/platform/Uuid.h"
-#include "kestrelink/saml/elements/SAMLNamespaces.h"
 
 #include "tests/support/Support.h"
 
@@ -213,44 +212,6 @@ TEST_F(Requests, SubjectsFromResponses) {
   EXPECT_EQ(attributes->requestElement()->getElementsByTagName("Subject").size(), 1u);
   EXPECT_EQ(authz->requestElement()->getElementsByTagName("Subject").size(), 2u);
   EXPECT_EQ(attributes->requestElement()->subject()->elements()[0]->textContent(), "t-58f20c7be1");
-}
-
-// What docs/quirks.md tells a client to do for a provider that validates what it is sent.
-TEST_F(Requests, TheWaysRoundTheQuirksAreValid) {
-  const auto element = [](std::string_view tagName, std::string_view text) {
-    auto made = XMLWrapperElement::initWithTagName(tagName);
-    made->setTextContent(std::string(text));
-    made->setNamespace(SAMLAssertionNamespace());
-    return made;
-  };
-  const auto authn = controller_.newAuthNRequest("I");
-  authn->requestElement()->nameIdPolicy()->setTagName("NameIDPolicy");
-  authn->requestElement()->setChildElementSequence({{"Issuer", "NameIDPolicy"}});
-  authn->requestElement()->setAttributeWithName("ProviderName", "P");
-
-  const auto authz = controller_.newAuthZQuery("https://tv.example/1", "C");
-  authz->requestElement()->setSubject(SAMLSubject::createElement());
-  authz->requestElement()->subject()->setChildElementSequence(std::nullopt);
-  authz->requestElement()->subject()->addChildElement(element("NameID", "n"));
-  authz->addAction("Play");
-  const auto action = authz->requestElement()->actions()[0];
-  action->setNamespace(SAMLAssertionNamespace());
-  action->setAttributeWithName("Namespace", "urn:oasis:names:tc:SAML:1.0:action:rwedc");
-
-  const auto logout = controller_.newLogoutRequest();
-  const auto end = logout->requestElement();
-  end->setAttributeWithName("ID", "_1");
-  end->setSessionIndex("s");
-  end->firstElementByTagName("SessionIndex")->setNamespace(SAMLProtocolNamespace());
-  end->addChildElement(element("NameID", "n"));
-  end->setChildElementSequence({{"NameID", "SessionIndex"}});
-
-  for (const auto& request : std::vector<std::shared_ptr<XMLWrapperDoc>>{authn, authz, logout}) {
-    std::optional<ErrorInfo> error;
-    EXPECT_TRUE(
-        XMLWrapperDoc::initWithData(bytes(*request->xmlString()), controller_.schema(), &error))
-        << *request->xmlString() << (error ? error->info.begin()->second : "");
-  }
 }
 
 TEST(RequestIdentifiers, AreFreshAndOfTheirShape) {

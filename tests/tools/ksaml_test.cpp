@@ -44,6 +44,7 @@ TEST(Ksaml, GoldenAnswers) {
       {"success", 0},        {"needs-ui", 0},           {"denied", 0},       {"logout", 0},
       {"two-assertions", 0}, {"default-namespaces", 0}, {"entitlements", 0}, {"expired", 1},
       {"not-a-response", 1}, {"no-conditions", 1},      {"invalid", 1},      {"no-xml", 1},
+      {"standard", 0},       {"encrypted", 0},
   };
   for (const auto& [name, status] : rows) {
     const bool withoutSchema = name == std::string("entitlements");
@@ -66,6 +67,8 @@ TEST(Ksaml, ExitStatus) {
       {"read", 2},
       {"read --unknown x", 2},
       {"", 2},
+      {"request logout --soap --base64", 2},
+      {"request logout --redirect urn:u --soap", 2},
       {"read --json " + kSample + " > /dev/full", 2},
       {"--help", 0},
       {"read --help", 0},
@@ -76,15 +79,78 @@ TEST(Ksaml, ExitStatus) {
   }
   EXPECT_EQ(ksaml("read --json /absent " + kSample + " 2>&1 >/dev/null").out,
             "ksaml: cannot read /absent: No such file or directory\n");
+  EXPECT_EQ(ksaml("read " + kGolden + "no-xml.xml 2>&1 >/dev/null").out,
+            "kestrelink-saml: libxml2: error domain 1 code 4 line 1\n")
+      << "a rejected message is read once";
   ksaml("read --json /absent " + kSample + " 2>/dev/null").says({"\"accepted\":true"});
 }
 
-TEST(Ksaml, Base64FormValue) {
-  const Outcome run = ksaml("read --json --base64 - < " + kGolden + "success.base64");
-  EXPECT_EQ(run.status, 0);
+// A message reads the same whatever carried it.
+TEST(Ksaml, Carriers) {
+  const std::string xml = "message=$(cat " + kGolden + "success.xml); ";
+  const std::string posted = "b=$(sed 's/+/%2B/g;s/=/%3d/g' " + kGolden + "success.base64); ";
+  const std::string rows[] = {
+      "cat " + kGolden + "success.base64",
+      "fold -w 76 " + kGolden + "success.base64",
+      "gzip -9nc " + kGolden + "success.xml | tail -c +11 | head -c -8 | base64",
+      posted + "echo \"SAMLResponse=$b&RelayState=x\"",
+      posted + "echo \"https://tv.example/acs?RelayState=x&SAMLResponse=$b#top\"",
+      xml +
+          "printf '%s' \"<?xml version='1.0'?><!-- <e> --><s:Envelope "
+          "xmlns:s='http://schemas.xmlsoap.org/soap/envelope/'><s:Header><x/></s:Header><s:Body>"
+          "$message</s:Body></s:Envelope>\"",
+  };
   std::string expected = fuzz::contentOf(kGolden + "success.json");
   expected.replace(expected.find("success.xml"), 11, "-");
-  EXPECT_EQ(run.out, expected);
+  for (const std::string& carrier : rows) {
+    EXPECT_EQ(ksaml("read --json -", "(" + carrier + ") | " BUILD_DIR "/bin/ksaml").out, expected)
+        << carrier;
+  }
+  EXPECT_EQ(ksaml("read --json --base64 - < " + kGolden + "success.base64").out, expected);
+
+  const std::pair<std::string, std::pair<int, std::string>> others[] = {
+      {"request authn --standard --issuer I --redirect 'https://idp.example/?a#f'",
+       {1, "\"root\":\"AuthnRequest\""}},
+      {"request logout --soap 2>/dev/null", {1, "\"root\":null"}},
+      {"request logout --soap --standard --name-id-from " + kSample,
+       {1, "\"root\":\"LogoutRequest\""}},
+  };
+  for (const auto& [written, read] : others) {
+    const Outcome run = ksaml("read --json - 2>/dev/null",
+                              BUILD_DIR "/bin/ksaml " + written + " | " BUILD_DIR "/bin/ksaml");
+    EXPECT_EQ(run.status, read.first) << written;
+    run.says({read.second});
+  }
+  ksaml("request authn --standard --issuer I --redirect 'https://idp.example/?a#f'")
+      .says({"https://idp.example/?a&SAMLRequest=", "#f\n"});
+}
+
+// Base64 of what inflates to 32 MB of zeros; a stream that is cut off; what is none.
+TEST(Ksaml, RefusesWhatNoCarrierCarries) {
+  const std::string bomb =
+      "(head -c 33554432 /dev/zero | gzip -9n | tail -c +11 | head -c -8 | base64 -w0) | " BUILD_DIR
+      "/bin/ksaml";
+  EXPECT_EQ(ksaml("read - 2>&1", bomb).out, "ksaml: - inflates to more than 8 MB\n");
+  EXPECT_EQ(ksaml("read - 2>&1", "printf 'SAMLResponse=%%%%' | " BUILD_DIR "/bin/ksaml").out,
+            "ksaml: - holds a parameter that is not base64\n");
+  ksaml("read - 2>/dev/null", "echo SAMLResponse=7VhZ | " BUILD_DIR "/bin/ksaml")
+      .says({"rejected: it is not UTF-8 text"});
+}
+
+TEST(Ksaml, SaysWhatTheSchemaRefuses) {
+  const std::string kind[] = {"authn --issuer I --provider-name P --acs-url https://tv.example/acs",
+                              "authz --channel C --resource urn:r", "logout --session-index s"};
+  const std::string who[] = {"", " --subject-from " + kSample, " --name-id-from " + kSample};
+  for (std::size_t row = 0; row < 3; ++row) {
+    const std::string request = "request " + kind[row] + who[row] + " --destination urn:d";
+    ksaml(request + " 2>&1 >/dev/null")
+        .says({"ksaml: the SAML 2.0 protocol schema refuses", "--standard"});
+    EXPECT_EQ(ksaml(request + " --standard 2>&1 >/dev/null").out, "") << request;
+    ksaml(request + " --standard").says({" Destination=\"urn:d\""});
+  }
+  const Outcome query = ksaml("request attributes --channel C --standard 2>&1");
+  EXPECT_EQ(query.out, "ksaml: there is no standard form: the query has no subject\n");
+  EXPECT_EQ(query.status, 2);
 }
 
 TEST(Ksaml, SaysWhyForPeople) {
@@ -101,13 +167,19 @@ TEST(Ksaml, SaysWhyForPeople) {
            "entitlements.xml",
        {"Permit", "\\u001b[31m"}},
       {kGolden + "no-conditions.xml", {"no assertion has conditions"}},
+      {kGolden + "standard.xml",
+       {"Signed          Assertion (not verified)", "https://tv.example, https://other.example",
+        "In response to  _q1", "Permit for Play", "it has an offset from UTC"}},
       {kGolden + "invalid.xml",
        {"not found valid against the SAML 2.0 protocol schema", "ERROR 1845", "line 3"}},
       {kGolden + "not-a-response.xml", {"its root element is neither Response nor LogoutResponse"}},
       {kGolden + "no-xml.xml", {"there is no XML in it", "XMLWrapperErrorDomain 200"}},
+      {kGolden + "encrypted.xml",
+       {"encrypted.xml: accepted, but its assertions are encrypted: nothing was read\n",
+        "Encrypted       1 more, not read"}},
       {"--no-schema " + kGolden + "odd.xml",
        {"\"2030-01-01T00:00:00.5Z\" (does not parse: read as absent)", "not yet valid, for ",
-        "[31mred\\u009b"}},
+        "[31mred\\u009b", "it has a fraction of a second"}},
   };
   for (const auto& [arguments, expected] : rows) {
     const Outcome run = ksaml("read " + arguments + " 2>/dev/null");
@@ -140,6 +212,8 @@ TEST(Ksaml, MakesRequests) {
                                  "authz --channel C --resource 'no URL'",
                                  "logout --not-on-or-after 2030-02-30T12:00:00Z",
                                  "logout --not-on-or-after 2030-01-31",
+                                 "logout --not-on-or-after 0000-01-31T12:00:00Z",
+                                 "logout --name-id-from " + kGolden + "denied.xml",
                                  ""};
   for (const std::string& arguments : refused) {
     const Outcome run = ksaml("request " + arguments + " 2>/dev/null");

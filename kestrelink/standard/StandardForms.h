@@ -1,0 +1,323 @@
+// Requests in the form that the SAML 2.0 protocol schema accepts.
+//
+// The library writes requests in the words that its providers match ("NameIdPolicy", "Action"
+// without a namespace, a logout request without a name identifier). A provider that validates what
+// it is sent refuses these. `toStandardForm` changes a request that is filled in into one that the
+// schema accepts:
+//
+//     auto request = controller.newAuthNRequest("https://tv.example");
+//     setDestination(*request, "https://idp.example/sso");
+//     setAssertionConsumerService(*request, "https://tv.example/acs");
+//     if (const auto made = toStandardForm(*request); made != StandardForm::made)
+//       giveUp(reasonOf(made));
+//     send(*request->xmlString());
+//
+// Header-only: it adds nothing to the shared library. It uses exported classes alone, so that it
+// works with the shared and with the static library.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "kestrelink/standard/ElementCopy.h"
+#include "kestrelink/standard/MakeElement.h"
+#include "kestrelink/standard/StandardReading.h"
+
+namespace kestrelink::standard {
+
+/// What came of it. Everything but `made` is for the client to mend: nothing was changed.
+enum class StandardForm {
+  made,                       ///< the request has its standard form
+  noRequest,                  ///< the document has no `requestElement`
+  badIdentifier,              ///< the request's "ID" is missing, or no XML name with "_" before it
+  noSubject,                  ///< a query must say about whom it asks
+  severalSubjects,            ///< the schema allows one; which of them is meant, the client knows
+  noNameIdentifier,           ///< a logout request, or a subject without confirmation, names nobody
+  severalNameIdentifiers,     ///< the schema allows one
+  confirmationWithoutMethod,  ///< a "SubjectConfirmation" of the subject has no "Method"
+  noAction,                   ///< a decision query must ask about an action
+  noResource,                 ///< a decision query has no resource, or one that was no URL
+};
+
+/// The same in words.
+constexpr const char* reasonOf(StandardForm form) {
+  switch (form) {
+    case StandardForm::made:
+      return "the request has its standard form";
+    case StandardForm::noRequest:
+      return "the document holds no request";
+    case StandardForm::badIdentifier:
+      return "the request has no ID that is an XML name";
+    case StandardForm::noSubject:
+      return "the query has no subject";
+    case StandardForm::severalSubjects:
+      return "the request has several subjects";
+    case StandardForm::noNameIdentifier:
+      return "the request has no name identifier";
+    case StandardForm::severalNameIdentifiers:
+      return "the request has several name identifiers";
+    case StandardForm::confirmationWithoutMethod:
+      return "the subject has a confirmation without a method";
+    case StandardForm::noAction:
+      return "the query has no action";
+    case StandardForm::noResource:
+      return "the query has no resource";
+  }
+  return "";
+}
+
+/// The namespace of an action that names none: what the standard says is in effect then (SAML 2.0
+/// core, sections 2.7.4.2 and 8.1.2).
+inline constexpr std::string_view kDefaultActionNamespace =
+    "urn:oasis:names:tc:SAML:1.0:action:rwedc-negation";
+
+inline constexpr std::string_view kHttpPostBinding =
+    "urn:oasis:names:tc:SAML:2.0:bindings:HTTP-POST";
+
+/// Sets the attribute "Destination" of a request of any kind: where it is sent (SAML 2.0 core,
+/// section 3.2.1). Nothing happens when the document has no root.
+inline void setDestination(const XMLWrapperDoc& request, std::string_view url) {
+  if (request.documentElement()) {
+    request.documentElement()->setAttributeWithName("Destination", url);
+  }
+}
+
+/// Says where the response is to be sent and by which binding (SAML 2.0 core, section 3.4.1).
+inline void setAssertionConsumerService(const SAMLAuthNRequest& request, std::string_view url,
+                                        std::string_view binding = kHttpPostBinding) {
+  if (!request.requestElement()) return;
+  request.requestElement()->setAttributeWithName("AssertionConsumerServiceURL", url);
+  request.requestElement()->setAttributeWithName("ProtocolBinding", binding);
+}
+
+/// Makes a copy of the subject's name identifier, with all its attributes, the one of the logout
+/// request, in the place of any that was there. It is called "NameId", so that it is written with
+/// and without `toStandardForm`. False when the subject has none.
+inline bool setNameIdFrom(const SAMLLogoutRequest& request, const SAMLSubject& subject) {
+  const auto identifier = nameIdOf(subject);
+  const auto& element = request.requestElement();
+  if (!identifier || !element) return false;
+  auto copy = copyOf(*identifier);
+  copy->setTagName("NameId");
+  for (const char* name : {"NameId", "NameID"}) {
+    for (const auto& old : element->getElementsByTagName(name)) element->removeChildElement(old);
+  }
+  element->addChildElement(copy);
+  return true;
+}
+
+namespace detail {
+
+inline constexpr std::array<std::string_view, 3> kNameIdentifiers = {"BaseID", "NameID",
+                                                                     "EncryptedID"};
+
+inline bool isNCName(std::string_view text) {
+  const auto isNameCharacter = [](char character) {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9') || character == '_' || character == '-' ||
+           character == '.' || (character & 0x80) != 0;
+  };
+  constexpr std::string_view kNeverFirst = "0123456789-.";
+  return !text.empty() && kNeverFirst.find(text.front()) == std::string_view::npos &&
+         std::all_of(text.begin(), text.end(), isNameCharacter);
+}
+
+inline void keepLast(XMLWrapperElement& parent, std::string_view tagName) {
+  XMLWrapperElement::List all = parent.getElementsByTagName(tagName);
+  if (!all.empty()) all.pop_back();
+  for (const auto& earlier : all) parent.removeChildElement(earlier);
+}
+
+inline void putChildrenInNamespace(XMLWrapperElement& parent, std::string_view tagName,
+                                   const char* prefix, const char* href) {
+  for (const auto& child : parent.getElementsByTagName(tagName)) {
+    putInNamespace(*child, prefix, href);
+  }
+}
+
+/// Gives name identifiers their standard name and namespace; how many there are.
+inline std::size_t mendNameIdentifiers(XMLWrapperElement& parent) {
+  for (const auto& identifier : parent.getElementsByTagName("NameId")) {
+    identifier->setTagName("NameID");
+  }
+  std::size_t count = 0;
+  for (const std::string_view name : kNameIdentifiers) {
+    putChildrenInNamespace(parent, name, "saml", kAssertionNamespace);
+    count += parent.getElementsByTagName(name).size();
+  }
+  return count;
+}
+
+inline StandardForm mendConfirmation(XMLWrapperElement& confirmation) {
+  if (!attributeText(confirmation, "Method")) return StandardForm::confirmationWithoutMethod;
+  if (mendNameIdentifiers(confirmation) > 1) return StandardForm::severalNameIdentifiers;
+  putInNamespace(confirmation, "saml", kAssertionNamespace);
+  // The library reads the first.
+  const auto first = confirmation.firstElementByTagName("SubjectConfirmationData");
+  for (const auto& data : confirmation.getElementsByTagName("SubjectConfirmationData")) {
+    if (data != first) confirmation.removeChildElement(data);
+  }
+  putChildrenInNamespace(confirmation, "SubjectConfirmationData", "saml", kAssertionNamespace);
+  confirmation.setChildElementSequence(
+      {{"BaseID", "NameID", "EncryptedID", "SubjectConfirmationData"}});
+  return StandardForm::made;
+}
+
+inline StandardForm mendSubject(XMLWrapperElement& request, bool isRequired) {
+  const auto subjects = request.getElementsByTagName("Subject");
+  if (subjects.size() > 1) return StandardForm::severalSubjects;
+  if (subjects.empty()) return isRequired ? StandardForm::noSubject : StandardForm::made;
+
+  XMLWrapperElement& subject = *subjects.front();
+  const auto confirmations = subject.getElementsByTagName("SubjectConfirmation");
+  const std::size_t identifiers = mendNameIdentifiers(subject);
+  if (identifiers > 1) return StandardForm::severalNameIdentifiers;
+  if (identifiers == 0 && confirmations.empty()) return StandardForm::noNameIdentifier;
+  for (const auto& confirmation : confirmations) {
+    const StandardForm mended = mendConfirmation(*confirmation);
+    if (mended != StandardForm::made) return mended;
+  }
+  putInNamespace(subject, "saml", kAssertionNamespace);
+  subject.setChildElementSequence({{"BaseID", "NameID", "EncryptedID", "SubjectConfirmation"}});
+  return StandardForm::made;
+}
+
+inline void mendScoping(XMLWrapperElement& scoping) {
+  putInNamespace(scoping, "samlp", kProtocolNamespace);
+  putChildrenInNamespace(scoping, "RequesterID", "samlp", kProtocolNamespace);
+  scoping.setChildElementSequence({{"IDPList", "RequesterID"}});
+}
+
+inline StandardForm mendIdentifier(XMLWrapperElement& request) {
+  const std::string identifier = attributeText(request, "ID").value_or("");
+  if (isNCName(identifier)) return StandardForm::made;
+  if (identifier.empty() || !isNCName("_" + identifier)) return StandardForm::badIdentifier;
+  request.setAttributeWithName("ID", "_" + identifier);
+  return StandardForm::made;
+}
+
+/// Copies what the request holds into a new root element. What was set to no value is left out:
+/// it would be written as an empty text. "ProviderID" stands for "ProviderName".
+inline void copyRequest(XMLWrapperElement& copy, const XMLWrapperElement& request) {
+  copy.setQuery(nullptr);
+  if (!request.namespaces().empty()) copy.setNamespace(request.namespaces().at(0));
+  for (const auto& [key, attribute] : request.attributes()) {
+    if (attribute->value() && key != "ProviderID") copyAttribute(copy, key, *attribute);
+  }
+  if (const auto name = attributeText(request, "ProviderID")) {
+    copy.setAttributeWithName("ProviderName", *name);
+  }
+  XMLWrapperElement::List children;
+  for (const auto& child : request.elements()) children.push_back(copyOf(*child));
+  copy.setElements(std::move(children));
+  putInNamespace(copy, "samlp", kProtocolNamespace);
+}
+
+/// Works on a copy and puts it into the document at the end, so that nothing is changed when it
+/// cannot be done or memory runs out. `order` is that of the children which only this kind has.
+template <class Request, class Mend>
+StandardForm toStandardForm(Request& request, std::string_view tagName,
+                            const std::vector<std::string>& order, Mend mend) {
+  if (!request.requestElement()) return StandardForm::noRequest;
+  const auto blank = Request::initWithData(
+      std::make_shared<const std::string>("<" + std::string(tagName) + "/>"), nullptr);
+  const auto copy = blank->requestElement();
+  copyRequest(*copy, *request.requestElement());
+
+  StandardForm mended = mendIdentifier(*copy);
+  if (mended == StandardForm::made) mended = mend(*copy);
+  if (mended != StandardForm::made) return mended;
+
+  std::vector<std::string> sequence = {"Issuer", "Signature", "Extensions"};
+  sequence.insert(sequence.end(), order.begin(), order.end());
+  copy->setChildElementSequence(std::move(sequence));
+  request.setDocumentElement(copy);
+  request.setRequestElement(copy);
+  return StandardForm::made;
+}
+
+}  // namespace detail
+
+/// Gives a request its standard form. All four of these:
+///
+/// - put a new element tree into the document: elements of the request that a client got before are
+///   no part of it any more, and a subject that was shared with a response stays as it is;
+/// - leave out children that have no place in such a request, as the library does when it writes;
+/// - put "_" before an "ID" that is no XML name for its first character, such as a UUID;
+/// - write subjects whole: "NameId" is "NameID", confirmations keep all that the schema allows, and
+///   the namespaces of attributes are declared;
+/// - may be called again, after further setters too; a request in its standard form stays the same.
+///
+/// Afterwards the look-ups by the library's own names find nothing: `nameIdPolicy()`, `nameId()`,
+/// `subjectConfirmations()`, `evidence()`. Ask `firstElementByTagName("NameIDPolicy")` and so on.
+///
+/// Here: one "NameIDPolicy", "ProviderName" in the place of "ProviderID". Of several policies,
+/// conditions, requested contexts and scopings, which the setters add and never replace, the last
+/// is kept.
+inline StandardForm toStandardForm(SAMLAuthNRequest& request) {
+  const auto mend = [](XMLWrapperElement& root) {
+    for (const auto& policy : root.getElementsByTagName("NameIdPolicy")) {
+      policy->setTagName("NameIDPolicy");
+    }
+    for (const char* name : {"NameIDPolicy", "Conditions", "RequestedAuthnContext", "Scoping"}) {
+      detail::keepLast(root, name);
+    }
+    detail::putChildrenInNamespace(root, "NameIDPolicy", "samlp", kProtocolNamespace);
+    if (const auto scoping = root.firstElementByTagName("Scoping")) detail::mendScoping(*scoping);
+    return detail::mendSubject(root, false);
+  };
+  return detail::toStandardForm(
+      request, "AuthnRequest",
+      {"Subject", "NameIDPolicy", "Conditions", "RequestedAuthnContext", "Scoping"}, mend);
+}
+
+/// As above. It must have a subject.
+inline StandardForm toStandardForm(SAMLAttributeQuery& query) {
+  return detail::toStandardForm(
+      query, "AttributeQuery", {"Subject", "Attribute"},
+      [](XMLWrapperElement& root) { return detail::mendSubject(root, true); });
+}
+
+/// As above. It must have a subject, an action and a resource. Its actions get the assertion
+/// namespace and, where they have none, the attribute "Namespace" with that text: the provider says
+/// in which namespace it knows actions such as "Play". The library's evidence ("Element") is left
+/// out; an "Evidence" that the client added is kept.
+inline StandardForm toStandardForm(SAMLAuthZDecisionQuery& query,
+                                   std::string_view actionNamespace = kDefaultActionNamespace) {
+  const auto mend = [actionNamespace](XMLWrapperElement& root) {
+    const auto actions = root.getElementsByTagName("Action");
+    if (attributeText(root, "Resource").value_or("").empty()) return StandardForm::noResource;
+    if (actions.empty()) return StandardForm::noAction;
+    for (const auto& action : actions) {
+      putInNamespace(*action, "saml", kAssertionNamespace);
+      if (!attributeText(*action, "Namespace")) {
+        action->setAttributeWithName("Namespace", actionNamespace);
+      }
+    }
+    detail::keepLast(root, "Evidence");
+    return detail::mendSubject(root, true);
+  };
+  return detail::toStandardForm(query, "AuthzDecisionQuery", {"Subject", "Action", "Evidence"},
+                                mend);
+}
+
+/// As above. It must have a name identifier: see `setNameIdFrom` and `newNameId`.
+inline StandardForm toStandardForm(SAMLLogoutRequest& request) {
+  const auto mend = [](XMLWrapperElement& root) {
+    const std::size_t identifiers = detail::mendNameIdentifiers(root);
+    if (identifiers == 0) return StandardForm::noNameIdentifier;
+    if (identifiers > 1) return StandardForm::severalNameIdentifiers;
+    detail::putChildrenInNamespace(root, "SessionIndex", "samlp", kProtocolNamespace);
+    return StandardForm::made;
+  };
+  return detail::toStandardForm(request, "LogoutRequest",
+                                {"BaseID", "NameID", "EncryptedID", "SessionIndex"}, mend);
+}
+
+}  // namespace kestrelink::standard

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace ksaml {
+
+/// More than any message needs: a few bytes could inflate to any number.
+inline constexpr std::size_t kMostInflated = std::size_t{8} << 20;
+
+/// The text as DEFLATE (RFC 1951), without a header.
+std::string deflated(std::string_view text);
+
+struct Inflated {
+  std::string text;
+  bool tooLong = false;  // over `kMostInflated`
+};
+
+/// The text behind DEFLATE without a header; std::nullopt when it is none, or is cut off.
+std::optional<Inflated> inflated(std::string_view bytes);
+
+}  // namespace ksaml
