@@ -5,8 +5,8 @@ import os
 import sys
 import time
 
-with open("setup.json") as file:
-    setup = json.load(file)
+with open("setup.json") as setup_file:
+    setup = json.load(setup_file)
 STATUS = "urn:oasis:names:tc:SAML:2.0:status:"
 
 
@@ -16,17 +16,16 @@ def date(seconds):
 
 
 def at(thing, path):
-    """What a provider holds at an attribute's path, or null when it read nothing there."""
+    """What is held at an attribute's path, or null when nothing was read there."""
     for name in path.split("."):
         thing = getattr(thing, name, None)
     return thing
 
 
 def serve(handlers):
-    """Each handler takes a job, returns what it read, the response and, if it must, what it
-    told otherwise than the job says."""
+    """Each handler returns what it read, the response and, if it differs from the job, what it told."""
     results = os.fdopen(os.dup(1), "w")
-    os.dup2(2, 1)  # what the toolkit prints is no result
+    os.dup2(2, 1)  # what a toolkit prints is no result
     for line in sys.stdin:
         job = json.loads(line)
         try:

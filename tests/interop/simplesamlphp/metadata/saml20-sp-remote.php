@@ -8,6 +8,5 @@ foreach (['issuer', 'channel'] as $name) {
         'sign.logout' => true,
         'saml20.sign.response' => strpos($_SERVER['HTTP_X_SIGNED'], 'Response') !== false,
         'saml20.sign.assertion' => strpos($_SERVER['HTTP_X_SIGNED'], 'Assertion') !== false,
-        'testAttributeEndpoint' => $setup['acs'],
     ];
 }
