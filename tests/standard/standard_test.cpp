@@ -73,17 +73,17 @@ TEST(StandardForms, AreValidWithEverySubject) {
 
 TEST(StandardForms, SayWhatWasSaid) {
   const auto authn = controller().newAuthNRequest("I");
-  const auto described = authn->requestElement();
+  const auto filledIn = authn->requestElement();
   authn->setProviderName("P");
   authn->setForceAuthN(true);
   for (const auto text : {"<NameIdPolicy Format='urn:1'/>", "<NameIdPolicy Format='urn:2'/>"}) {
-    described->addChildElement(elementFromText(text));
+    filledIn->addChildElement(elementFromText(text));
   }
   for (const auto text : {"<Scoping/>", "<Scoping ProxyCount='1'/>"}) {
-    described->addChildElement(elementFromText(text));
+    filledIn->addChildElement(elementFromText(text));
   }
-  std::dynamic_pointer_cast<SAMLScoping>(described->elements().back())->addRequesterId("urn:r");
-  described->addChildElement(
+  std::dynamic_pointer_cast<SAMLScoping>(filledIn->elements().back())->addRequesterId("urn:r");
+  filledIn->addChildElement(
       elementFromText("<Conditions xmlns='urn:oasis:names:tc:SAML:2.0:assertion'/>"));
   setDestination(*authn, "https://idp.example/?a&b");
   setAssertionConsumerService(*authn, "https://tv.example/acs");
@@ -98,7 +98,7 @@ TEST(StandardForms, SayWhatWasSaid) {
         " AssertionConsumerServiceURL=\"https://tv.example/acs\"", "bindings:HTTP-POST\""}) {
     EXPECT_NE(text.find(part), std::string::npos) << part << text;
   }
-  EXPECT_EQ(shown(described->elements()),
+  EXPECT_EQ(shown(filledIn->elements()),
             "[<Issuer> <NameIdPolicy> <NameIdPolicy> <NameIdPolicy> "
             "<Scoping> <Scoping> <Conditions>]");
 
@@ -125,7 +125,8 @@ TEST(StandardForms, OfLogoutRequests) {
     const auto subject = read(response(kSubjects[0]))->subject();
     EXPECT_TRUE(setNameIdFrom(*logout, *subject));
     EXPECT_TRUE(setNameIdFrom(*logout, *subject));
-    EXPECT_NE(logout->xmlString()->find("<saml:NameId "), std::string::npos) << "described";
+    EXPECT_NE(logout->xmlString()->find("<saml:NameId "), std::string::npos)
+        << "the library's own form";
     logout->requestElement()->setSessionIndex("s");
     logout->setNotOnOrAfter(std::nullopt);
     formOf(*logout);
