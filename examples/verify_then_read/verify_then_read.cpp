@@ -1,98 +1,92 @@
-// A client's whole way from a provider's answer to a subscriber: verify, keep only what was signed,
-// read that, compare the audience.
+// A client's whole way from a provider's response to a subscriber: verify, keep only what was
+// signed, read that, compare it to what was asked for.
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <optional>
 #include <string>
 
-#include "kestrelink/saml/KestrelinkSAML.h"
+#include <CLI/CLI.hpp>
 
-#include "VerifiedAnswer.h"
+#include "SignIn.h"
+#include "VerifiedResponse.h"
 
 namespace {
 
-std::optional<std::string> content(const char* path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return std::nullopt;
-  std::string bytes(std::istreambuf_iterator<char>(file), {});
-  return file.bad() ? std::nullopt : std::optional(bytes);
+using verify_then_read::Outcome;
+using verify_then_read::Verdict;
+
+// Not through libxml2, which finds no files once the library has been used.
+std::optional<std::string> content(const std::string& path) {
+  std::ifstream file;
+  if (path != "-") file.open(path, std::ios::binary);
+  std::istream& input = path == "-" ? std::cin : file;
+  std::string bytes(std::istreambuf_iterator<char>(input), {});
+  if (input.good() || input.eof()) return bytes;
+  std::fprintf(stderr, "verify_then_read: cannot read %s\n", path.c_str());
+  return std::nullopt;
 }
 
-// Every restriction has to name the audience, and there has to be one.
-bool isFor(const kestrelink::SAMLAssertion& assertion, const std::string& audience) {
-  const auto conditions = assertion.conditions();
-  if (!conditions) return false;
-  const auto restrictions = conditions->getElementsByTagName("AudienceRestriction");
-  return !restrictions.empty() &&
-         std::all_of(restrictions.begin(), restrictions.end(), [&](const auto& restriction) {
-           const auto audiences = restriction->getElementsByTagName("Audience");
-           return std::any_of(audiences.begin(), audiences.end(),
-                              [&](const auto& each) { return each->textContent() == audience; });
-         });
+struct Answer {
+  const char* line;
+  int status;
+};
+
+Answer answerTo(Verdict verdict) {
+  switch (verdict) {
+    case Verdict::SignedIn:
+      return {"signed in: ", 0};
+    case Verdict::ShowSignInPage:
+      return {"show the provider's sign-in page", 3};
+    case Verdict::Denied:
+      return {"denied: ", 4};
+    case Verdict::LoggedOut:
+      return {"logged out", 5};
+    case Verdict::Refused:
+      break;
+  }
+  return {"refused: ", 1};
 }
 
-// The subscriber's name, or absent with the reason.
-std::optional<std::string> subscriber(const std::string& trusted,
-                                      const std::optional<std::string>& audience,
-                                      std::string& reason) {
-  const auto& controller = kestrelink::SAMLParserController::sharedInstance();
-  const auto refuse = [&reason](std::string why) {
-    reason = std::move(why);
-    return std::nullopt;
-  };
-  if (!controller.schema()) return refuse("the schema is missing, so nothing can be validated");
-  std::optional<kestrelink::ErrorInfo> error;
-  const auto response = controller.parseResponse(trusted, &error);
-  if (!response) {
-    return refuse(error ? error->domain + " " + std::to_string(error->code)
-                        : "an assertion has no conditions");
-  }
-  if (response->expectedAction() != kestrelink::SAMLExpectedActionProceed) {
-    return refuse("the provider's status is " + response->primaryStatusCode().value_or("absent"));
-  }
-  // The library asks for one good assertion. Names may come from any of them, so all have to be.
-  const auto assertions =
-      response->assertions().value_or(kestrelink::SAMLResponseElement::Assertions());
-  if (assertions.empty()) return refuse("there is no assertion that can be read");
-  for (const auto& assertion : assertions) {
-    if (!assertion->meetsConditions() || !assertion->isValid()) {
-      return refuse("an assertion does not hold now");
-    }
-    if (audience && !isFor(*assertion, *audience)) {
-      return refuse("an assertion is meant for another audience");
-    }
-  }
-  if (auto name = response->userName()) return name;
-  const auto subject = response->subject();
-  const auto identifier = subject ? subject->firstElementByTagName("NameID") : nullptr;
-  return identifier ? identifier->textContent() : refuse("no subscriber is named");
+int report(const Outcome& outcome) {
+  const Answer answer = answerTo(outcome.verdict);
+  std::string line = answer.line + outcome.text;
+  // A name may hold line feeds, and a script reads lines.
+  std::replace_if(
+      line.begin(), line.end(), [](unsigned char each) { return std::iscntrl(each) != 0; }, ' ');
+  return std::puts(line.c_str()) < 0 || std::fflush(stdout) != 0 ? 2 : answer.status;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3 && argc != 4) {
-    std::fprintf(stderr, "usage: verify_then_read CERTIFICATE.pem ANSWER.xml [AUDIENCE]\n");
-    return 2;
+  CLI::App app("Verifies a provider's response, then reads it.", "verify_then_read");
+  app.footer(
+      "Exit status: 0 signed in, 1 refused, 2 usage or unreadable file, 3 show the provider's\n"
+      "sign-in page, 4 denied, 5 logged out.");
+  verify_then_read::Expected expected;
+  std::string certificatePath, responsePath;
+  app.add_option("--audience", expected.audience, "Who every assertion has to be meant for");
+  app.add_option("--issuer", expected.issuer, "Who has to have issued them");
+  app.add_option("--recipient", expected.recipient, "Where they have to have been sent");
+  app.add_option("--in-response-to", expected.inResponseTo, "ID of the request they answer");
+  app.add_option("CERTIFICATE", certificatePath, "The provider's certificate (PEM)")->required();
+  app.add_option("RESPONSE", responsePath, "The response (XML); - is standard input")->required();
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : 2;
   }
-  // Not through libxml2, which finds no files once the library has been used.
-  const auto certificate = content(argv[1]);
-  const auto answer = content(argv[2]);
-  if (!certificate || !answer) {
-    std::fprintf(stderr, "verify_then_read: cannot read %s\n", certificate ? argv[2] : argv[1]);
-    return 2;
-  }
+
+  const auto certificate = content(certificatePath);
+  const auto response = certificate ? content(responsePath) : std::nullopt;
+  if (!response) return 2;
   std::string reason;
-  const auto audience = argc == 4 ? std::optional<std::string>(argv[3]) : std::nullopt;
-  const auto trusted = verify_then_read::verifiedAnswer(*answer, *certificate, reason);
-  const auto name = trusted ? subscriber(*trusted, audience, reason) : std::nullopt;
-  if (!name) {
-    std::printf("refused: %s\n", reason.c_str());
-    return 1;
-  }
-  std::printf("accepted: %s\n", name->c_str());
-  return 0;
+  const auto trusted = verify_then_read::verifiedResponse(*response, *certificate, reason);
+  return report(trusted ? verify_then_read::readVerified(*trusted, expected)
+                        : Outcome{Verdict::Refused, reason});
 }
