@@ -25,6 +25,22 @@ void requireDistinctIdentifiers(xmlNode* element, std::set<std::string>& seen) {
   }
 }
 
+// xmlsec makes canonical forms before it verifies anything. In each element they may write every
+// namespace in use out again, and search all that are in scope for each of them and for each prefix
+// of the list.
+void requireFewDeclarations(xmlNode* element, int inScope) {
+  for (const xmlNs* each = element->nsDef; each != nullptr; each = each->next, ++inScope) {
+    require(xmlStrlen(each->href) <= 1000, "a namespace is too long");
+  }
+  require(inScope <= 100, "too many namespaces are declared");
+  const Owned<xmlChar> prefixes(xmlGetProp(element, xmlText("PrefixList")));
+  require(text(prefixes).size() <= 100, "a list of prefixes is too long");
+  for (xmlNode* child = xmlFirstElementChild(element); child != nullptr;
+       child = xmlNextElementSibling(child)) {
+    requireFewDeclarations(child, inScope);
+  }
+}
+
 xmlNode* onlySignature(xmlNode* element, const char* several) {
   require(!children(element, kSignature, "Signature").empty(), "there is no signature");
   return onlyChild(element, kSignature, "Signature", several);
@@ -82,6 +98,7 @@ std::optional<std::string> verifiedResponse(std::string_view response,
   xmlNode* const root = xmlDocGetRootElement(document.get());
   std::set<std::string> identifiers;
   requireDistinctIdentifiers(root, identifiers);
+  requireFewDeclarations(root, 0);
   xmlNode* const signature = chosenSignature(root);
   xmlNode* const original = signature->parent;
   const std::string signedXml = signedText(signature, certificatePem);

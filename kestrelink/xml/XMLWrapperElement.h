@@ -33,9 +33,10 @@ class XMLTreeReading;
 ///
 /// What a client can call: the virtual operations, through an element that it was given. The shared
 /// library exports nothing else of the element classes but their type information, so that static
-/// operations (`initWithNode`, `initWithTagName`, `elementClass`, every `createElement`), constructors
-/// and protected operations are the library's own: a client that calls one has an undefined
-/// reference. It makes elements with `standard::elementFromText` (kestrelink/standard/MakeElement.h).
+/// operations (`initWithNode`, `initWithTagName`, `elementClass`, every `createElement`),
+/// constructors and protected operations are the library's own: a client that calls one has an
+/// undefined reference. It makes elements with `standard::elementFromText`
+/// (kestrelink/standard/MakeElement.h).
 ///
 /// Threads: an element and all elements of its tree are used by one thread at a time.
 class KESTRELINK_TYPE XMLWrapperElement {

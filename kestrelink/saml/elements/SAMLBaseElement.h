@@ -19,8 +19,8 @@ namespace kestrelink {
 /// A missing attribute or child answers absent (null for an element), a list answers empty; a date,
 /// number or base64 text that does not parse answers absent too. Nothing here reports an error.
 ///
-/// The makers (`createElement`) and all that is static or protected, here and in every derived class,
-/// are the library's own and cannot be linked: see `XMLWrapperElement`.
+/// The makers (`createElement`) and all that is static or protected, here and in every derived
+/// class, are the library's own and cannot be linked: see `XMLWrapperElement`.
 class KESTRELINK_TYPE SAMLBaseElement : public XMLWrapperElement {
  public:
   static const XMLWrapperElementClass elementClass;
