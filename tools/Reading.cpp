@@ -13,13 +13,16 @@ using kestrelink::ErrorInfo;
 using kestrelink::SAMLResponse;
 using kestrelink::SharedBytes;
 
-// A SOAP 1.1 envelope whose body is one SAML message (SAML 2.0 bindings, section 3.2.2). The import
-// is found in the library's resource bundle.
+// A SOAP 1.1 envelope with one SAML message in its body (SAML 2.0 bindings, section 3.2.2), or what
+// else the protocol schema accepts as a root. The imports are found in the library's resource
+// bundle.
 constexpr const char* kEnvelopeSchema = R"(
 <schema xmlns="http://www.w3.org/2001/XMLSchema"
     targetNamespace="http://schemas.xmlsoap.org/soap/envelope/" elementFormDefault="qualified">
   <import namespace="urn:oasis:names:tc:SAML:2.0:protocol"
       schemaLocation="saml-schema-protocol-2.0.xsd"/>
+  <import namespace="urn:oasis:names:tc:SAML:2.0:assertion"
+      schemaLocation="saml-schema-assertion-2.0.xsd"/>
   <element name="Envelope">
     <complexType>
       <sequence>
@@ -34,7 +37,8 @@ constexpr const char* kEnvelopeSchema = R"(
         <element name="Body">
           <complexType>
             <sequence>
-              <any namespace="urn:oasis:names:tc:SAML:2.0:protocol" processContents="strict"/>
+              <any processContents="strict" namespace="urn:oasis:names:tc:SAML:2.0:protocol
+                  urn:oasis:names:tc:SAML:2.0:assertion"/>
             </sequence>
             <anyAttribute namespace="##any" processContents="skip"/>
           </complexType>

@@ -183,6 +183,7 @@ TEST(StandardForms, NameWhatTheyCannotMendAndChangeNothing) {
   expect(logout("", {"a"}), StandardForm::badIdentifier);
   EXPECT_EQ(toStandardForm(*SAMLAuthNRequest::initWithElement(nullptr, nullptr)),
             StandardForm::noRequest);
+  EXPECT_STRNE(reasonOf(StandardForm::noRequest), "");
 }
 
 TEST(StandardReading, FindsWhatTheOwnNamesPassOver) {

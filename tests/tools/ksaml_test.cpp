@@ -111,6 +111,7 @@ TEST(Ksaml, Carriers) {
   const std::pair<std::string, std::pair<int, std::string>> others[] = {
       {"request authn --standard --issuer I --redirect 'https://idp.example/?a#f'",
        {1, "\"root\":\"AuthnRequest\""}},
+      {"--version | sed 's/.*/<!-- not closed/'", {1, "\"code\":100"}},
       {"request logout --soap 2>/dev/null", {1, "\"root\":null"}},
       {"request logout --soap --standard --name-id-from " + kSample,
        {1, "\"root\":\"LogoutRequest\""}},
@@ -121,6 +122,10 @@ TEST(Ksaml, Carriers) {
     EXPECT_EQ(run.status, read.first) << written;
     run.says({read.second});
   }
+  ksaml("read --json --no-schema -",
+        "echo \"<e:Envelope xmlns:e='http://schemas.xmlsoap.org/soap/envelope/'><e:Body/>"
+        "</e:Envelope>\" | " BUILD_DIR "/bin/ksaml")
+      .says({"\"root\":\"Envelope\"", "\"code\":102"});
   ksaml("request authn --standard --issuer I --redirect 'https://idp.example/?a#f'")
       .says({"https://idp.example/?a&SAMLRequest=", "#f\n"});
 }
@@ -148,6 +153,9 @@ TEST(Ksaml, SaysWhatTheSchemaRefuses) {
     EXPECT_EQ(ksaml(request + " --standard 2>&1 >/dev/null").out, "") << request;
     ksaml(request + " --standard").says({" Destination=\"urn:d\""});
   }
+  const Outcome noUrl = ksaml("request authn --issuer I --standard --destination 'http://[' 2>&1");
+  EXPECT_EQ(noUrl.out, "ksaml: the SAML 2.0 protocol schema refuses what the request was given\n");
+  EXPECT_EQ(noUrl.status, 2);
   const Outcome query = ksaml("request attributes --channel C --standard 2>&1");
   EXPECT_EQ(query.out, "ksaml: there is no standard form: the query has no subject\n");
   EXPECT_EQ(query.status, 2);
