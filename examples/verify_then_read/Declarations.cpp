@@ -10,12 +10,8 @@ namespace {
 constexpr const char* kDiffers = "the signed text differs from the response it was made from";
 
 void putBack(const xmlNs* declaration, xmlNode* element) {
-  for (const xmlNs* each = element->nsDef; each != nullptr; each = each->next) {
-    if (xmlStrEqual(each->prefix, declaration->prefix) == 0) continue;
-    require(xmlStrEqual(each->href, declaration->href) != 0, kDiffers);
-    return;
-  }
-  require(xmlNewNs(element, declaration->href, declaration->prefix) != nullptr, kDiffers);
+  xmlNewNs(element, declaration->href,
+           declaration->prefix);  // null if the prefix is declared there
 }
 
 void putBackInScope(const xmlNode* original, xmlNode* element) {

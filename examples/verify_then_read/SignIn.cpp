@@ -30,17 +30,23 @@ bool differs(const std::optional<std::string>& expected, const std::optional<std
   return expected && found != expected;
 }
 
-Reason windowReason(const ks::SAMLAssertion& assertion) {
+Reason windowReason(const ks::XMLWrapperElement& element, std::optional<ks::SAMLDate> from,
+                    std::optional<ks::SAMLDate> until) {
+  if (auto why = unreadDate(element, "NotBefore", from.has_value())) return why;
+  if (auto why = unreadDate(element, "NotOnOrAfter", until.has_value())) return why;
+  const auto now = std::chrono::system_clock::now();
+  if ((!from || *from <= now) && (!until || *until > now)) return std::nullopt;
+  return "the time window of " + element.tagName().value_or("") +
+         " does not include the current time";
+}
+
+Reason conditionsReason(const ks::SAMLAssertion& assertion) {
   const auto conditions = assertion.conditions();
   if (!conditions) return "an assertion has no conditions";
   const auto until = conditions->notOnOrAfter();
-  if (auto why = unreadDate(*conditions, "NotOnOrAfter", until.has_value())) return why;
-  if (auto why = unreadDate(*conditions, "NotBefore", conditions->notBefore().has_value())) {
-    return why;
-  }
+  if (auto why = windowReason(*conditions, conditions->notBefore(), until)) return why;
   if (!until) return "an assertion's time window has no end";
-  if (conditions->assertionMeetsConditions()) return std::nullopt;
-  return "an assertion's time window does not include the current time";
+  return std::nullopt;
 }
 
 // Every restriction has to name the audience, and there has to be one.
@@ -56,38 +62,30 @@ bool isFor(const ks::SAMLAssertion& assertion, const std::string& audience) {
 
 Reason confirmationReason(const ks::SAMLSubjectConfirmation& confirmation,
                           const Expected& expected) {
-  const auto from = confirmation.notBefore(), until = confirmation.notOnOrAfter();
   if (const auto data = confirmation.firstElementByTagName("SubjectConfirmationData")) {
-    if (auto why = unreadDate(*data, "NotOnOrAfter", until.has_value())) return why;
-    if (auto why = unreadDate(*data, "NotBefore", from.has_value())) return why;
-  }
-  const auto now = std::chrono::system_clock::now();
-  if ((from && *from > now) || (until && *until <= now)) {
-    return "the subject's confirmation does not include the current time";
+    auto why = windowReason(*data, confirmation.notBefore(), confirmation.notOnOrAfter());
+    if (why) return why;
   }
   if (differs(expected.recipient, confirmation.recipient())) {
     return "an assertion is meant for another recipient";
   }
   if (differs(expected.inResponseTo, confirmation.inResponseTo())) {
-    return "an assertion answers another request";
+    return "an assertion is for another request";
   }
   return std::nullopt;
 }
 
 // One confirmation that holds is enough (SAML 2.0 core, section 2.4).
 Reason subjectReason(const ks::SAMLAssertion& assertion, const Expected& expected) {
-  const auto subject = assertion.subject();
   const bool asked = expected.recipient || expected.inResponseTo;
-  Reason first = asked ? Reason("the subject has no confirmation") : std::nullopt;
-  if (!subject) return first;
-  bool isFirst = true;
+  Reason why = asked ? Reason("the subject has no confirmation") : std::nullopt;
+  const auto subject = assertion.subject();
+  if (!subject) return why;
   for (const auto& confirmation : subject->subjectConfirmations()) {
-    auto why = confirmationReason(*confirmation, expected);
+    why = confirmationReason(*confirmation, expected);
     if (!why) return std::nullopt;
-    if (isFirst) first = std::move(why);
-    isFirst = false;
   }
-  return first;
+  return why;
 }
 
 Reason authenticationReason(const ks::SAMLAuthNStatement& statement) {
@@ -100,7 +98,7 @@ Reason authenticationReason(const ks::SAMLAuthNStatement& statement) {
 }
 
 Reason assertionReason(const ks::SAMLAssertion& assertion, const Expected& expected) {
-  if (auto why = windowReason(assertion)) return why;
+  if (auto why = conditionsReason(assertion)) return why;
   if (auto why = subjectReason(assertion, expected)) return why;
   const auto statement = assertion.authentication();
   if (auto why = statement ? authenticationReason(*statement) : std::nullopt) return why;
@@ -155,7 +153,7 @@ Outcome readVerified(const std::string& trusted, const Expected& expected) {
   const auto issuer = response->selectedProvider(), request = root.relatedRequest();
   if (issuer && differs(expected.issuer, issuer)) return refused("the response has another issuer");
   if (request && differs(expected.inResponseTo, request)) {
-    return refused("the response answers another request");
+    return refused("the response is for another request");
   }
 
   const auto action = response->expectedAction();

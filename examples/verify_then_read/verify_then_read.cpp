@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <optional>
 #include <string>
 
@@ -25,18 +24,21 @@ std::optional<std::string> content(const std::string& path) {
   std::ifstream file;
   if (path != "-") file.open(path, std::ios::binary);
   std::istream& input = path == "-" ? std::cin : file;
-  std::string bytes(std::istreambuf_iterator<char>(input), {});
-  if (input.good() || input.eof()) return bytes;
+  std::string bytes;
+  for (char chunk[4096]; input.read(chunk, sizeof chunk), input.gcount() > 0;) {
+    bytes.append(chunk, static_cast<std::size_t>(input.gcount()));
+  }
+  if (input.eof() && !input.bad()) return bytes;
   std::fprintf(stderr, "verify_then_read: cannot read %s\n", path.c_str());
   return std::nullopt;
 }
 
-struct Answer {
+struct Report {
   const char* line;
   int status;
 };
 
-Answer answerTo(Verdict verdict) {
+Report reportOf(Verdict verdict) {
   switch (verdict) {
     case Verdict::SignedIn:
       return {"signed in: ", 0};
@@ -52,13 +54,13 @@ Answer answerTo(Verdict verdict) {
   return {"refused: ", 1};
 }
 
-int report(const Outcome& outcome) {
-  const Answer answer = answerTo(outcome.verdict);
-  std::string line = answer.line + outcome.text;
+int print(const Outcome& outcome) {
+  const Report report = reportOf(outcome.verdict);
+  std::string line = report.line + outcome.text;
   // A name may hold line feeds, and a script reads lines.
   std::replace_if(
       line.begin(), line.end(), [](unsigned char each) { return std::iscntrl(each) != 0; }, ' ');
-  return std::puts(line.c_str()) < 0 || std::fflush(stdout) != 0 ? 2 : answer.status;
+  return std::puts(line.c_str()) < 0 || std::fflush(stdout) != 0 ? 2 : report.status;
 }
 
 }  // namespace
@@ -73,7 +75,7 @@ int main(int argc, char** argv) {
   app.add_option("--audience", expected.audience, "Who every assertion has to be meant for");
   app.add_option("--issuer", expected.issuer, "Who has to have issued them");
   app.add_option("--recipient", expected.recipient, "Where they have to have been sent");
-  app.add_option("--in-response-to", expected.inResponseTo, "ID of the request they answer");
+  app.add_option("--in-response-to", expected.inResponseTo, "ID of the request that was sent");
   app.add_option("CERTIFICATE", certificatePath, "The provider's certificate (PEM)")->required();
   app.add_option("RESPONSE", responsePath, "The response (XML); - is standard input")->required();
   try {
@@ -87,6 +89,6 @@ int main(int argc, char** argv) {
   if (!response) return 2;
   std::string reason;
   const auto trusted = verify_then_read::verifiedResponse(*response, *certificate, reason);
-  return report(trusted ? verify_then_read::readVerified(*trusted, expected)
-                        : Outcome{Verdict::Refused, reason});
+  return print(trusted ? verify_then_read::readVerified(*trusted, expected)
+                       : Outcome{Verdict::Refused, reason});
 }
