@@ -304,6 +304,7 @@ def main():
     arguments = [each for each in sys.argv[1:] if each != "--update"]
     (ksaml, verify), folder, names = map(os.path.abspath, arguments[:2]), arguments[2], arguments[3:]
     os.environ["PATH"] += ":" + os.path.dirname(ksaml)
+    os.environ["PYTHONDONTWRITEBYTECODE"] = "1"  # the source tree stays as it is
     absent = [name for name in names if run("env", *PROVIDERS[name][1]).returncode]
     if absent:
         print("interop.py: skipped, for these are not installed here:", *absent)
