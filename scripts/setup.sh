@@ -38,4 +38,4 @@ give_up() {
 build_packages=(g++ cmake ninja-build pkg-config libxml2-dev nettle-dev uuid-dev
   libutfcpp-dev libcli11-dev nlohmann-json3-dev zlib1g-dev opensaml-schemas xmltooling-schemas xsltproc)
 test_packages=(libgtest-dev clang libclang-rt-14-dev abigail-tools libxmlsec1-dev strace
-  valgrind locales libxml2-utils)
+  valgrind locales libxml2-utils xmlsec1 openssl libsaml-dev python3-lasso python3-pysaml2)
