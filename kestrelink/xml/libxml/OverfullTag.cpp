@@ -7,6 +7,7 @@
 namespace kestrelink {
 namespace {
 
+constexpr std::size_t kNone = std::string_view::npos;
 constexpr std::string_view kBlanks = " \t\r\n";
 
 // The length of the attribute, with the blanks before it, that the text begins with; 0 for none.
@@ -14,18 +15,18 @@ std::size_t lengthOfAttribute(std::string_view text) {
   const std::size_t name = text.find_first_not_of(kBlanks);
   const std::size_t afterName = text.find_first_of(" \t\r\n=\"'>&/", name);
   const std::size_t equals = text.find_first_not_of(kBlanks, afterName);
-  if (name == 0 || name == afterName || equals == text.npos || text[equals] != '=') return 0;
+  if (name == 0 || name == afterName || equals == kNone || text[equals] != '=') return 0;
   const std::size_t quote = text.find_first_not_of(kBlanks, equals + 1);
-  if (quote == text.npos || (text[quote] != '"' && text[quote] != '\'')) return 0;
+  if (quote == kNone || (text[quote] != '"' && text[quote] != '\'')) return 0;
   const std::size_t end = text.find(text[quote], quote + 1);
-  return end == text.npos ? 0 : end + 1;
+  return end == kNone ? 0 : end + 1;
 }
 
 // From the "<" of a tag, to the end of the message or the next "<", which no tag holds. libxml2
 // reads attributes up to the first that is damaged.
 bool hasMoreAttributes(std::string_view tag, std::size_t attributes) {
-  const bool isStart = tag.size() > 1 && tag[0] == '<' &&
-                       std::string_view("!?/").find(tag[1]) == std::string_view::npos;
+  const bool isStart =
+      tag.size() > 1 && tag[0] == '<' && std::string_view("!?/").find(tag[1]) == kNone;
   if (!isStart) return false;
   tag.remove_prefix(std::min(tag.find_first_of(" \t\r\n\"'>/&=", 1), tag.size()));
   std::size_t count = 0;
@@ -36,14 +37,31 @@ bool hasMoreAttributes(std::string_view tag, std::size_t attributes) {
   return false;
 }
 
-struct Kind {
+struct Section {
   std::string_view start, end;
 };
-constexpr Kind kComment{"<!--", "-->"};
-constexpr Kind kCdata{"<![CDATA[", "]]>"};
-constexpr Kind kInstruction{"<?", "?>"};
+constexpr Section kComment{"<!--", "-->"};
+constexpr Section kCdata{"<![CDATA[", "]]>"};
+constexpr Section kInstruction{"<?", "?>"};
 
-// The comments, CDATA sections and processing instructions of a message, walked through once.
+// The length of what begins with a "<": of a whole section, or 1. `kNone` for a section that
+// libxml2 ends earlier than it says, since it is too long or holds what XML forbids.
+std::size_t lengthAt(std::string_view text) {
+  constexpr std::size_t kMostBytes = 9'000'000;
+  for (const auto& [start, end] : {kComment, kCdata, kInstruction}) {
+    if (!text.starts_with(start)) continue;
+    const std::size_t found = text.find(end, start.size());
+    if (found > kMostBytes) return kNone;
+    const std::string_view content = text.substr(start.size(), found - start.size());
+    const bool hasTarget =
+        start != kInstruction.start || isXmlName(content.substr(0, content.find_first_of(kBlanks)));
+    return hasTarget && !replacementFor(content) ? found + end.size() : kNone;
+  }
+  return 1;
+}
+
+// The comments, CDATA sections and processing instructions of a message, walked through once. After
+// a damaged one nothing counts as hidden.
 class HidingSections {
  public:
   explicit HidingSections(std::string_view message) : message_(message) {}
@@ -52,29 +70,14 @@ class HidingSections {
   bool hide(std::size_t position) {
     while (at_ < position) {
       at_ = message_.find('<', at_);
-      if (at_ < position) at_ += lengthOfSection(message_.substr(at_));
+      if (at_ >= position) break;
+      const std::size_t length = lengthAt(message_.substr(at_));
+      at_ = length == kNone ? kNone : at_ + length;
     }
-    return at_ != message_.npos && at_ > position;
+    return at_ != kNone && at_ > position;
   }
 
  private:
-  // 1 for a "<" that begins none. libxml2 ends a section that is too long for it, or holds what XML
-  // forbids, earlier than it says: from there on nothing counts as hidden.
-  std::size_t lengthOfSection(std::string_view text) {
-    constexpr std::size_t kMostBytes = 9'000'000;
-    for (const auto& [start, end] : {kComment, kCdata, kInstruction}) {
-      if (!text.starts_with(start)) continue;
-      const std::size_t found = text.find(end, start.size());
-      if (found > kMostBytes) return message_.npos - at_;
-      const std::string_view content = text.substr(start.size(), found - start.size());
-      const bool isDamaged = replacementFor(content) ||
-                             (start == kInstruction.start &&
-                              !isXmlName(content.substr(0, content.find_first_of(kBlanks))));
-      return isDamaged ? message_.npos - at_ : found + end.size();
-    }
-    return 1;
-  }
-
   std::string_view message_;
   std::size_t at_ = 0;
 };
@@ -96,7 +99,7 @@ bool hasTagWithMoreAttributes(std::string_view message, std::size_t attributes) 
   HidingSections sections(message);
   for (std::size_t start = 0; mayHoldTagWithMoreAttributes(message.size() - start, attributes);) {
     const std::string_view window = message.substr(start, far);
-    if (const std::size_t last = window.rfind('<'); last != 0 && last != std::string_view::npos) {
+    if (const std::size_t last = window.rfind('<'); last != 0 && last != kNone) {
       start += last;
       continue;
     }
