@@ -14,14 +14,6 @@ namespace kestrelink {
 class NamespaceMap {
  public:
   using Entry = std::shared_ptr<const XMLWrapperNamespace>;
-  /// A list, last entry first. The elements of a parse tree record suffixes of few lists, so they
-  /// share each list and remember a length: a thousand declarations cost no element anything.
-  using ReversedList = std::vector<Entry>;
-
-  NamespaceMap() = default;
-  NamespaceMap(std::shared_ptr<const ReversedList> list, std::size_t size)
-      : list_(std::move(list)), size_(size) {}
-
   std::size_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
 
@@ -36,10 +28,17 @@ class NamespaceMap {
     return nullptr;
   }
 
+  /// Puts a namespace of another prefix before all others. A copy made before it shares its entries
+  /// with the longer map.
+  void putFirst(Entry ns) {
+    if (!list_ || list_->size() != size_) list_ = copy();
+    list_->push_back(std::move(ns));
+    ++size_;
+  }
+
   /// Stores the namespace under its prefix: in the place of an earlier one, or else as the last.
   void set(const Entry& ns) {
-    auto changed = std::make_shared<ReversedList>();
-    if (list_) changed->assign(list_->begin(), list_->begin() + static_cast<std::ptrdiff_t>(size_));
+    auto changed = copy();
     bool replaced = false;
     for (Entry& entry : *changed) {
       if (entry->prefix() != ns->prefix()) continue;
@@ -52,7 +51,17 @@ class NamespaceMap {
   }
 
  private:
-  std::shared_ptr<const ReversedList> list_;
+  // Last entry first: the elements of a parse tree record the ends of few lists, so they share each
+  // list and remember a length. A thousand declarations cost no element anything.
+  using ReversedList = std::vector<Entry>;
+
+  std::shared_ptr<ReversedList> copy() const {
+    auto list = std::make_shared<ReversedList>();
+    if (list_) list->assign(list_->begin(), list_->begin() + static_cast<std::ptrdiff_t>(size_));
+    return list;
+  }
+
+  std::shared_ptr<ReversedList> list_;  // entries beyond the length belong to longer maps
   std::size_t size_ = 0;
 };
 

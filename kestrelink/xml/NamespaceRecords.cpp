@@ -1,8 +1,9 @@
 #include "kestrelink/xml/NamespaceRecords.h"
 
 #include <algorithm>
-#include <map>
 #include <string_view>
+#include <unordered_set>
+#include <vector>
 
 #include <libxml/tree.h>
 
@@ -10,63 +11,54 @@
 
 namespace kestrelink {
 
-NamespaceRecords::Position& NamespaceRecords::locate(const xmlNs* record) {
-  if (const auto known = positions_.find(record); known != positions_.end()) return known->second;
-
-  // From the record to the first that is known, or to the end of a list not met before.
+NamespaceRecords::Record& NamespaceRecords::read(const xmlNs* record) {
   std::vector<const xmlNs*> unknown;
-  List* list = nullptr;
-  for (const xmlNs* next = record; next != nullptr && list == nullptr; next = next->next) {
-    const auto known = positions_.find(next);
-    if (known != positions_.end()) {
-      list = known->second.list;
-    } else {
-      unknown.push_back(next);
+  NamespaceMap rest;
+  for (const xmlNs* next = record; next != nullptr; next = next->next) {
+    if (const auto known = records_.find(next); known != records_.end()) {
+      if (unknown.empty()) return known->second;
+      rest = known->second.withAllAfter;
+      break;
     }
+    unknown.push_back(next);
   }
-  if (list == nullptr) list = &lists_.emplace_front();
-
-  std::for_each(unknown.rbegin(), unknown.rend(), [&](const xmlNs* last) {
-    list->entries->push_back(XMLWrapperNamespace::initWithNsNode(last));
-    list->lastRecordedAt.push_back(0);
-    positions_.emplace(last, Position{list, list->entries->size(), {}});
-  });
-  return positions_.at(record);
+  for (; !unknown.empty(); unknown.pop_back()) {
+    rest.putFirst(XMLWrapperNamespace::initWithNsNode(unknown.back()));
+    records_.emplace(unknown.back(), Record{rest});
+  }
+  return records_.at(record);
 }
 
 const NamespaceMap* NamespaceRecords::recordedFrom(const xmlNs* own) {
   if (own == nullptr) return nullptr;
-  Position& position = locate(own);
-  position.list->lastRecordedAt[position.length - 1] = ++recordings_;
-  if (position.recorded.empty()) position.recorded = {position.list->entries, position.length};
-  return &position.recorded;
+  Record& record = read(own);
+  record.lastRecordedAt = ++recordings_;
+  return &record.withAllAfter;
 }
 
 NamespaceMap::Entry NamespaceRecords::namespaceOf(const xmlNs* record) {
-  if (record == nullptr) return nullptr;
-  const Position& position = locate(record);
-  return (*position.list->entries)[position.length - 1];
+  return record == nullptr ? nullptr : read(record).withAllAfter.at(0);
 }
 
 void NamespaceRecords::registerWith(XMLWrapperQuery& query) const {
-  struct Binding {
-    std::uint64_t recordedAt;
-    const XMLWrapperNamespace* ns;
-  };
-  std::map<std::string_view, Binding> bindings;
-  for (const auto& list : lists_) {
-    std::uint64_t recordedAt = 0;
-    for (std::size_t length = list.entries->size(); length > 0; --length) {
-      // A record is recorded with every suffix that begins at it or before it.
-      recordedAt = std::max(recordedAt, list.lastRecordedAt[length - 1]);
-      const XMLWrapperNamespace& ns = *(*list.entries)[length - 1];
-      if (recordedAt == 0 || !ns.prefix()) continue;
-      const Binding binding{recordedAt, &ns};
-      const auto [earlier, added] = bindings.try_emplace(*ns.prefix(), binding);
-      if (!added && earlier->second.recordedAt < recordedAt) earlier->second = binding;
+  std::vector<const Record*> latestFirst;
+  for (const auto& [node, record] : records_) {
+    if (record.lastRecordedAt > 0) latestFirst.push_back(&record);
+  }
+  std::sort(latestFirst.begin(), latestFirst.end(), [](const Record* left, const Record* right) {
+    return left->lastRecordedAt > right->lastRecordedAt;
+  });
+
+  std::unordered_set<const XMLWrapperNamespace*> seen;
+  std::unordered_set<std::string_view> bound;
+  for (const Record* const record : latestFirst) {
+    const NamespaceMap& recorded = record->withAllAfter;
+    for (std::size_t position = 0; position < recorded.size(); ++position) {
+      const XMLWrapperNamespace& ns = *recorded.at(position);
+      if (!seen.insert(&ns).second) break;  // and so were all after it
+      if (ns.prefix() && bound.insert(*ns.prefix()).second) query.registerNamespace(ns);
     }
   }
-  for (const auto& [prefix, binding] : bindings) query.registerNamespace(*binding.ns);
 }
 
 }  // namespace kestrelink

@@ -1,11 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <forward_list>
-#include <memory>
 #include <memory_resource>
 #include <unordered_map>
-#include <vector>
 
 #include "kestrelink/xml/NamespaceMap.h"
 
@@ -19,8 +16,7 @@ class XMLWrapperQuery;
 /// of elements and attributes that carry it.
 class NamespaceRecords {
  public:
-  explicit NamespaceRecords(std::pmr::memory_resource& memory)
-      : lists_(&memory), positions_(&memory) {}
+  explicit NamespaceRecords(std::pmr::memory_resource& memory) : records_(&memory) {}
 
   /// What an element in that namespace records: its own record and those that its `next` links
   /// lead to, not the element's declarations. Null for null. It lives as long as this does.
@@ -34,21 +30,14 @@ class NamespaceRecords {
   void registerWith(XMLWrapperQuery& query) const;
 
  private:
-  struct List {
-    std::shared_ptr<NamespaceMap::ReversedList> entries =
-        std::make_shared<NamespaceMap::ReversedList>();
-    std::vector<std::uint64_t> lastRecordedAt;  // by length; 0 is never
-  };
-  struct Position {
-    List* list;
-    std::size_t length;  // of the suffix that begins with the record
-    NamespaceMap recorded;
+  struct Record {
+    NamespaceMap withAllAfter;
+    std::uint64_t lastRecordedAt = 0;  // by an element; 0 is never
   };
 
-  Position& locate(const _xmlNs* record);
+  Record& read(const _xmlNs* record);
 
-  std::pmr::forward_list<List> lists_;
-  std::pmr::unordered_map<const _xmlNs*, Position> positions_;
+  std::pmr::unordered_map<const _xmlNs*, Record> records_;
   std::uint64_t recordings_ = 0;
 };
 

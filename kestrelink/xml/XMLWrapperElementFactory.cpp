@@ -1,9 +1,10 @@
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 
 #include <functional>
-#include <map>
 #include <mutex>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include <libxml/tree.h>
 
@@ -14,9 +15,13 @@
 namespace kestrelink {
 namespace {
 
+struct Hash : std::hash<std::string_view> {
+  using is_transparent = void;
+};
+
 struct Registry {
   std::mutex lock;
-  std::map<std::string, const XMLWrapperElementClass*, std::less<>> classes;
+  std::unordered_map<std::string, const XMLWrapperElementClass*, Hash, std::equal_to<>> classes;
 };
 
 Registry& registry() {

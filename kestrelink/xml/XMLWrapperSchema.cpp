@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
@@ -10,7 +11,6 @@
 #include <string>
 #include <utility>
 
-#include <climits>
 #include <libxml/xmlschemas.h>
 
 #include "kestrelink/platform/DiagnosticLog.h"

@@ -1,9 +1,9 @@
 #include "kestrelink/xml/libxml/BoundedParse.h"
 
+#include <climits>
 #include <cstddef>
 #include <string_view>
 
-#include <climits>
 #include <libxml/SAX2.h>
 #include <libxml/entities.h>
 #include <libxml/parser.h>
