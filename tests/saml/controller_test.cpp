@@ -1,3 +1,5 @@
+#include "kestrelink/xml/XMLWrapperElementFactory.h"
+
 #include "tests/support/Support.h"
 
 namespace kestrelink::testing {
@@ -53,6 +55,14 @@ TEST(Controller, AcceptsAndRejects) {
     EXPECT_EQ(kept ? "accepted" : text(error), row.cachedVerdict) << row.now << row.text;
     EXPECT_EQ(controller.parseResponse(row.text) != nullptr, accepted);
   }
+}
+
+// In a process of its own: nobody has read a message before.
+TEST(Controller, RegistersTheElementClassesWhenItIsMade) {
+  const SAMLParserController controller;
+  EXPECT_EQ(XMLWrapperElementFactory::elementClassByTagName("X509Data"),
+            &SAMLX509Data::elementClass);
+  EXPECT_EQ(XMLWrapperElementFactory::elementClassByTagName("NameID"), nullptr);
 }
 
 TEST(Controller, WithoutASchemaAnyWellFormedResponseIsJudged) {
