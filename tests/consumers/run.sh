@@ -45,6 +45,10 @@ case $kind in
     ! ldd "$prefix/bin/standard" | grep -q kestrelink
     run_both "$prefix/bin" "$prefix/share"
     ;;
+  plugin)
+    configure plugin -DCMAKE_PREFIX_PATH="$prefix"
+    "$work/build/host" "$answer" "$work"/build/libshared.so
+    ;;
   pkg_config)
     export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
     read -ra flags < <(pkg-config --cflags --libs kestrelink-saml)
