@@ -6,10 +6,11 @@ include(CMakePackageConfigHelpers)
 
 # Compresses a file, the same bytes every time, into the build folder under that name.
 function(kestrelink_compressed file name)
-  add_custom_command(OUTPUT "${PROJECT_BINARY_DIR}/${name}"
-    COMMAND sh -c "gzip -9nc '${file}' >'${PROJECT_BINARY_DIR}/${name}'"
+  set(compressed "${PROJECT_BINARY_DIR}/${name}")
+  add_custom_command(OUTPUT "${compressed}"
+    COMMAND sh -c [=[gzip -9nc "$0" >"$1"]=] "${file}" "${compressed}"
     DEPENDS "${file}" VERBATIM)
-  add_custom_target(compressed-${name} ALL DEPENDS "${PROJECT_BINARY_DIR}/${name}")
+  add_custom_target(compressed-${name} ALL DEPENDS "${compressed}")
 endfunction()
 
 include(cmake/InstallLayout.cmake)
