@@ -12,6 +12,16 @@ set(runtime "libkestrelink-saml${PROJECT_VERSION_MAJOR}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "${runtime}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+# What the symbols that are used do not tell: the C library must unpack relocations, and libxml2 before
+# 2.14, whose package has no version in its name, must be one that was tried.
+set(depends "")
+if(KESTRELINK_PACKED_RELOCATIONS)
+  list(APPEND depends "libc6 (>= 2.36)")
+endif()
+if(LIBXML2_VERSION_STRING VERSION_LESS 2.14)
+  list(APPEND depends "libxml2 (>= 2.9.14)")
+endif()
+list(JOIN depends ", " CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS)
 file(WRITE "${PROJECT_BINARY_DIR}/debian/shlibs"
   "libkestrelink-saml ${PROJECT_VERSION_MAJOR} ${runtime} (>= ${PROJECT_VERSION})\n")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
