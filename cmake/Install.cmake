@@ -6,11 +6,14 @@ include(CMakePackageConfigHelpers)
 
 # Compresses a file, the same bytes every time, into the build folder under that name.
 function(kestrelink_compressed file name)
-  add_custom_command(OUTPUT "${PROJECT_BINARY_DIR}/${name}"
-    COMMAND sh -c "gzip -9nc '${file}' >'${PROJECT_BINARY_DIR}/${name}'"
+  set(compressed "${PROJECT_BINARY_DIR}/${name}")
+  add_custom_command(OUTPUT "${compressed}"
+    COMMAND sh -c [=[gzip -9nc "$0" >"$1"]=] "${file}" "${compressed}"
     DEPENDS "${file}" VERBATIM)
-  add_custom_target(compressed-${name} ALL DEPENDS "${PROJECT_BINARY_DIR}/${name}")
+  add_custom_target(compressed-${name} ALL DEPENDS "${compressed}")
 endfunction()
+
+include(cmake/InstallLayout.cmake)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/KestrelinkSAML")
 
@@ -27,14 +30,19 @@ foreach(export KestrelinkSAMLTargets KestrelinkSAMLStaticTargets)
     COMPONENT development)
 endforeach()
 
+set(bundle_name com.norvane.Kestrelink.SAMLFramework)
+set(installed_bundle "${CMAKE_INSTALL_DATADIR}/${bundle_name}")
 configure_package_config_file(cmake/KestrelinkSAMLConfig.cmake.in
   "${PROJECT_BINARY_DIR}/KestrelinkSAMLConfig.cmake" INSTALL_DESTINATION "${package_dir}"
-  NO_SET_AND_CHECK_MACRO)
+  PATH_VARS installed_bundle NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/KestrelinkSAMLConfigVersion.cmake"
   COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/KestrelinkSAMLConfig.cmake"
-  "${PROJECT_BINARY_DIR}/KestrelinkSAMLConfigVersion.cmake"
+  "${PROJECT_BINARY_DIR}/KestrelinkSAMLConfigVersion.cmake" cmake/KestrelinkSAMLBundle.cmake
   DESTINATION "${package_dir}" COMPONENT development)
+# For a client that has this project in its own tree.
+set(KestrelinkSAML_BUNDLE "${PROJECT_BINARY_DIR}/share/${bundle_name}")
+include(cmake/KestrelinkSAMLBundle.cmake)
 
 foreach(header IN LISTS KESTRELINK_PUBLIC_HEADERS)
   cmake_path(GET header PARENT_PATH folder)
@@ -59,11 +67,12 @@ foreach(kind lib include)
     string(PREPEND pc_${kind}dir "\${prefix}/")
   endif()
 endforeach()
-configure_file(cmake/kestrelink-saml.pc.in "${PROJECT_BINARY_DIR}/kestrelink-saml.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/kestrelink-saml.pc" DESTINATION "${pc_dir}"
-  COMPONENT development)
+foreach(file kestrelink-saml.pc kestrelink-saml-static.pc)
+  configure_file(cmake/${file}.in "${PROJECT_BINARY_DIR}/${file}" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/${file}" DESTINATION "${pc_dir}" COMPONENT development)
+endforeach()
 
-install(DIRECTORY "${PROJECT_BINARY_DIR}/share/com.norvane.Kestrelink.SAMLFramework"
+install(DIRECTORY "${KestrelinkSAML_BUNDLE}"
   DESTINATION "${CMAKE_INSTALL_DATADIR}" COMPONENT runtime)
 
 if(TARGET ksaml)

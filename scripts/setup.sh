@@ -20,7 +20,7 @@ need_packages() {
     command -v sudo >/dev/null || give_up "not root, and there is no sudo" "${missing[@]}"
     as_root=(sudo)
   fi
-  echo "Installing ${missing[*]}"
+  echo "Installing with apt-get${as_root[*]:+, as root through ${as_root[*]}}: ${missing[*]}"
   if ! "${as_root[@]}" apt-get update -qq ||
     ! "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
       apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null; then
@@ -37,5 +37,5 @@ give_up() {
 
 build_packages=(g++ cmake ninja-build pkg-config libxml2-dev nettle-dev uuid-dev
   libutfcpp-dev libcli11-dev nlohmann-json3-dev zlib1g-dev opensaml-schemas xmltooling-schemas xsltproc)
-test_packages=(libgtest-dev clang libclang-rt-14-dev abigail-tools libxmlsec1-dev strace
+test_packages=(libgtest-dev clang libclang-rt-dev abigail-tools libxmlsec1-dev strace
   valgrind locales libxml2-utils xmlsec1 openssl libsaml-dev python3-lasso python3-pysaml2)

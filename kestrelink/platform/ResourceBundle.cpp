@@ -7,11 +7,14 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <new>
 #include <utility>
 
+#include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/platform/NoDestructor.h"
 #include "kestrelink/platform/Text.h"
 
@@ -24,20 +27,62 @@ constexpr const char* kBundleIdentifier = "com.norvane.Kestrelink.SAMLFramework"
 
 struct Free {
   void operator()(char* text) const { std::free(text); }
+  void operator()(std::FILE* file) const { std::fclose(file); }
 };
+
+struct Line {
+  Line() = default;
+  Line(const Line&) = delete;
+  Line& operator=(const Line&) = delete;
+  ~Line() { std::free(text); }
+  char* text = nullptr;
+  std::size_t size = 0;
+};
+
+// What is out of reach for a moment must not pass for missing: what is found once is remembered.
+void throwIfExhausted() {
+  if (errno == EMFILE || errno == ENFILE || errno == ENOMEM) throw std::bad_alloc();
+}
+
+// "" when there is no such file.
+std::string absolutePath(const char* path) {
+  const std::unique_ptr<char, Free> file(::realpath(path, nullptr));
+  if (!file) throwIfExhausted();
+  return file ? file.get() : std::string();
+}
+
+// The file that is mapped at the address, by its path in /proc/self/maps; "" when there is none.
+std::string fileMappedAt(const void* address) {
+  errno = 0;
+  const std::unique_ptr<std::FILE, Free> maps(std::fopen("/proc/self/maps", "re"));
+  Line line;
+  while (maps && ::getline(&line.text, &line.size, maps.get()) > 0) {
+    const std::string_view text(line.text);  // "first-last rwxp offset device inode   path\n"
+    char* end = nullptr;
+    const std::uintptr_t first = std::strtoull(line.text, &end, 16);
+    const std::uintptr_t last = *end == '-' ? std::strtoull(end + 1, &end, 16) : 0;
+    const auto here = reinterpret_cast<std::uintptr_t>(address);
+    const std::size_t slash = text.find('/');
+    if (here < first || here >= last || slash == std::string_view::npos) continue;
+    return std::string(text.substr(slash, text.find('\n') - slash));
+  }
+  throwIfExhausted();
+  return {};
+}
 
 // The file this code was loaded from: the shared library, or the program of a static build.
 std::string loadedFile() {
   Dl_info information{};
   void* map = nullptr;
   const auto* here = reinterpret_cast<const void*>(&loadedFile);
-  if (dladdr1(here, &information, &map, RTLD_DL_LINKMAP) == 0 || map == nullptr) return {};
-  const char* name = static_cast<const link_map*>(map)->l_name;
-  // The program itself has no name here, and what it was called by need not be a path.
-  const bool isProgram = name == nullptr || *name == '\0';
-  const std::unique_ptr<char, Free> file(::realpath(isProgram ? "/proc/self/exe" : name, nullptr));
-  if (!file && errno == ENOMEM) throw std::bad_alloc();  // "there is none" is remembered
-  return file ? file.get() : std::string();
+  const bool known = dladdr1(here, &information, &map, RTLD_DL_LINKMAP) != 0 && map != nullptr;
+  const char* name = known ? static_cast<const link_map*>(map)->l_name : nullptr;
+  // The program itself has no name here, and what it was called by need not be a path. A program
+  // without a dynamic loader knows of no files.
+  if (name == nullptr || *name == '\0') return absolutePath("/proc/self/exe");
+  if (*name == '/') return absolutePath(name);
+  // Relative to what was the current folder when it was loaded, and may no longer be.
+  return absolutePath(fileMappedAt(here).c_str());
 }
 
 std::string folderOf(const std::string& path) { return path.substr(0, path.rfind('/')); }
@@ -47,16 +92,19 @@ bool isFolder(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-// Two levels, because Debian keeps libraries one folder deeper (lib/x86_64-linux-gnu).
+// In the `share` beside the file, or beside one of the two folders it is in: Debian keeps libraries
+// one folder deeper (lib/x86_64-linux-gnu). cmake/Install.cmake checks folders by the same rule.
 std::optional<ResourceBundle> locateBundle() {
   const std::string file = loadedFile();
-  if (file.empty()) return std::nullopt;  // gone since it was loaded; never the current folder
-  std::string prefix = folderOf(file);
-  for (int level = 0; level < 2; ++level) {
-    prefix = folderOf(prefix);
-    std::string folder = prefix + "/share/" + kBundleIdentifier;
-    if (isFolder(folder)) return ResourceBundle(std::move(folder));
+  std::string folder = file;
+  for (int level = 0; level < 3 && !file.empty(); ++level) {  // never the current folder
+    folder = folderOf(folder);
+    std::string bundle = folder + "/share/" + kBundleIdentifier;
+    if (isFolder(bundle)) return ResourceBundle(std::move(bundle));
   }
+  logDiagnostic("Messages are read without validation: there is no folder share/" +
+                std::string(kBundleIdentifier) + " beside " +
+                (file.empty() ? "the library" : file) + " or up to two folders above it");
   return std::nullopt;
 }
 
@@ -77,9 +125,7 @@ class FileDescriptor {
 
 std::optional<std::string> readFile(const std::string& path) {
   const FileDescriptor file(path);
-  // A resource that is there must not pass for one that is not: what is read once is remembered.
-  const bool noRoom = errno == EMFILE || errno == ENFILE || errno == ENOMEM;
-  if (file.get() < 0 && noRoom) throw std::bad_alloc();
+  if (file.get() < 0) throwIfExhausted();
   struct stat status {};
   if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
     return std::nullopt;
@@ -99,8 +145,8 @@ std::optional<std::string> readFile(const std::string& path) {
 ResourceBundle::ResourceBundle(std::string folder) : folder_(std::move(folder)) {}
 
 const ResourceBundle* ResourceBundle::ofLibrary() {
-  static const auto& bundle = noDestructor<std::optional<ResourceBundle>>(locateBundle());
-  return bundle ? &*bundle : nullptr;
+  static const auto* const bundle = &noDestructor<std::optional<ResourceBundle>>(locateBundle());
+  return *bundle ? &**bundle : nullptr;
 }
 
 std::optional<std::string> ResourceBundle::bytes(std::string_view name,

@@ -4,7 +4,13 @@
 // The library verifies no signature. Hand it only what has been verified.
 #pragma once
 
+#if __cplusplus < 202002L
+#error "kestrelink-saml needs C++20: compile with -std=c++20"
+#else
+
 #include "kestrelink/saml/SAMLConstants.h"          // IWYU pragma: export
 #include "kestrelink/saml/SAMLParserController.h"   // IWYU pragma: export
 #include "kestrelink/saml/elements/SAMLEvidence.h"  // IWYU pragma: export
 #include "kestrelink/saml/elements/SAMLKeyInfo.h"   // IWYU pragma: export
+
+#endif

@@ -2,6 +2,7 @@
 
 #include <kestrelink/saml/KestrelinkSAML.h>
 
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -11,6 +12,8 @@ int main(int argc, char** argv) {
   if (argc != 2) return 2;
   std::ifstream file(argv[1]);
   const std::string text{std::istreambuf_iterator<char>(file), {}};
+
+  std::filesystem::current_path("/");  // what was loaded by a relative path is elsewhere from here
 
   const auto& controller = kestrelink::SAMLParserController::sharedInstance();
   std::optional<kestrelink::ErrorInfo> error;

@@ -23,10 +23,34 @@ run_both() {
     "$work"/{authn,attributes,authz,logout}.xml
 }
 
+compile() {
+  "$cxx" -std=c++20 -Wall -Wextra -Werror "$source/tests/consumers/$1.cpp" "${@:2}"
+}
+
 if [ "$kind" = subdirectory ]; then
   configure subdirectory -DKESTRELINK_SOURCE_DIR="$source"
   # The bundle is staged in the library's own build folder, beside its lib/.
   run_both "$work/build" "$build/share"
+  exit
+fi
+
+if [ "$kind" = odd_path ]; then
+  # A source folder with a blank and an apostrophe, built with the objects that are there already.
+  copy="$work/it's a copy"
+  mkdir "$copy" && cp -r "$source"/{CMakeLists.txt,CHANGELOG.md,cmake,docs,kestrelink,resources,tools} "$copy"
+  # shellcheck disable=SC2016
+  printf '%s\n' '#!/bin/sh' 'while [ "$1" != -o ]; do shift; done' 'cp "$BUILT/$2" "$2"' >"$work/copy"
+  chmod +x "$work/copy"
+  export BUILT=$build
+  for step in "-G Ninja -S . -B build -DCMAKE_CXX_COMPILER=$cxx -DCMAKE_CXX_COMPILER_LAUNCHER=$work/copy
+    -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_INSTALL_PREFIX=/usr -DKESTRELINK_BUILD_TESTS=OFF
+    -DKESTRELINK_BUILD_EXAMPLES=OFF" "--build build" "--install build --prefix installed"; do
+    # shellcheck disable=SC2086
+    (cd "$copy" && cmake $step) >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
+  done
+  "$copy/installed/bin/ksaml" read "$answer" | tee "$work/out"
+  ! grep -q "not validated" "$work/out"
+  gzip -t "$copy"/installed/share/doc/*/changelog.gz
   exit
 fi
 
@@ -40,22 +64,74 @@ case $kind in
     run_both "$work/build" "$prefix/share"
     ;;
   static)
-    configure static -DCMAKE_PREFIX_PATH="$prefix" -DCLIENT_PREFIX="$prefix"
-    ! ldd "$prefix/bin/consumer" | grep -q kestrelink
-    ! ldd "$prefix/bin/standard" | grep -q kestrelink
-    run_both "$prefix/bin" "$prefix/share"
+    configure static -DCMAKE_PREFIX_PATH="$prefix"
+    ! ldd "$work/build/consumer" | grep -q kestrelink
+    ! ldd "$work/build/standard" | grep -q kestrelink
+    run_both "$work/build" "$work/build/share"
+    ;;
+  plugin)
+    configure plugin -DCMAKE_PREFIX_PATH="$prefix"
+    "$work/build/host" "$answer" "$work"/build/lib{shared,static}.so
+    ;;
+  fully_static)
+    export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+    read -ra flags < <(pkg-config --static --cflags --libs kestrelink-saml-static)
+    compile consumer "${flags[@]}" -fPIE -c -o "$work/consumer.o"
+    for form in -static -static-pie; do
+      if ! "$cxx" "$form" "$work/consumer.o" "${flags[@]}" -o "$prefix/bin/consumer" 2>"$work/log"; then
+        grep -m 1 'cannot find -l\|cannot find.*\.a' "$work/log" && echo "a static library is missing: skipped" && exit 77
+        cat "$work/log"
+        exit 1
+      fi
+      "$prefix/bin/consumer" "$answer"
+    done
+    ;;
+  layouts)
+    # Program, library and share/ in one folder, found by a relative path that is soon another.
+    mkdir "$work/flat"
+    compile consumer -I "$prefix/include" -L "$prefix/lib" -lkestrelink-saml -o "$work/flat/consumer"
+    cp -P "$prefix"/lib/lib*.so* "$prefix/bin/ksaml" "$work/flat"
+    cp -r "$prefix/share" "$work/flat"
+    (cd "$work/flat" && LD_LIBRARY_PATH=. ./consumer "$answer")
+    # Without share/ nothing is validated, and the log says so once.
+    rm -r "$work/flat/share"
+    said=$(LD_LIBRARY_PATH=$work/flat "$work/flat/ksaml" read "$answer" "$answer" 2>&1)
+    [ "$(grep -c 'read without validation: .* beside .*/flat/libkestrelink' <<<"$said")" -eq 1 ]
+    # What cannot work is refused before anything is built.
+    while read -r verdict lib data; do
+      if cmake -DPROJECT_IS_TOP_LEVEL=ON -DCMAKE_INSTALL_PREFIX=/opt/p -DCMAKE_INSTALL_LIBDIR="$lib" \
+        -DCMAKE_INSTALL_DATADIR="$data" -P "$source/cmake/InstallLayout.cmake" 2>"$work/log"; then
+        found=works
+      else
+        found=refused
+        grep -q 'CMAKE_INSTALL_DATADIR' "$work/log"
+      fi
+      [ "$found" = "$verdict" ] || { echo "$lib $data: $found"; exit 1; }
+    done <<'ROWS'
+works lib share
+works lib64/ share/
+works lib/x86_64-linux-gnu share
+works . share
+works lib lib/share
+works /opt/p/lib share
+works /opt/deep/lib /opt/deep/share
+refused lib data
+refused lib/a/b share
+refused lib/x86_64-linux-gnu share/kestrelink
+refused /opt/deep/lib share
+ROWS
     ;;
   pkg_config)
     export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
     read -ra flags < <(pkg-config --cflags --libs kestrelink-saml)
     for program in consumer standard; do
-      "$cxx" -std=c++20 -Wall -Wextra -Werror "$source/tests/consumers/$program.cpp" "${flags[@]}" \
-        -o "$work/$program"
+      compile "$program" "${flags[@]}" -o "$work/$program"
     done
     LD_LIBRARY_PATH=$prefix/lib run_both "$work" "$prefix/share"
     # An absolute library folder stays what it is.
     cmake -S "$source" -B "$work/absolute" -G Ninja -DKESTRELINK_BUILD_TESTS=OFF \
-      -DKESTRELINK_BUILD_TOOLS=OFF -DCMAKE_INSTALL_LIBDIR=/opt/deep/lib >/dev/null
+      -DKESTRELINK_BUILD_TOOLS=OFF -DCMAKE_INSTALL_LIBDIR=/opt/deep/lib \
+      -DCMAKE_INSTALL_DATADIR=/opt/deep/share >/dev/null
     grep -qx 'libdir=/opt/deep/lib' "$work/absolute/kestrelink-saml.pc"
     ;;
 esac

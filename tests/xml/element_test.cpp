@@ -3,6 +3,7 @@
 #include "kestrelink/saml/elements/SAMLNamespaces.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 #include "kestrelink/xml/libxml/DetachedNode.h"
+#include "kestrelink/xml/libxml/LibxmlDump.h"
 #include "kestrelink/xml/libxml/XmlCharacters.h"
 
 #include "tests/support/Support.h"
@@ -279,7 +280,8 @@ TEST(ElementWriting, NamesOfNamespacesAreWrittenWellFormed) {
   for (const auto& [name, written] : std::map<std::string, std::string>{
            {"u:a&b", "u:a&amp;b"},
            {"u:&e;<", "u:&amp;e;&lt;"},
-           {"u:&amp;&#38;&#x26;", "u:&amp;&#38;&#x26;"},
+           {"u:&amp;&#38;",
+            libxmlEscapesNamespaceNames() ? "u:&amp;amp;&amp;#38;" : "u:&amp;&#38;"},
            {"&#;&#x;&#x110000;&#0;&#xD800;&",
             "&amp;#;&amp;#x;&amp;#x110000;&amp;#0;&amp;#xD800;&amp;"}}) {
     const auto element = made("e");

@@ -9,6 +9,7 @@
 #include <libxml/parserInternals.h>
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
+#include <libxml/xmlschemastypes.h>
 #include <libxml/xmlversion.h>
 
 #include "kestrelink/xml/libxml/LibxmlHandles.h"
@@ -36,6 +37,15 @@ inline void libxmlForgetEncodings() noexcept {
 #if LIBXML_VERSION < 21000
   xmlCleanupCharEncodingHandlers();
 #endif
+}
+
+/// Lets the schema types be made again. From 2.12 on libxml2 advises against it, because it is not
+/// for programs that are done with the types.
+inline void libxmlForgetSchemaTypes() noexcept {
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+  xmlSchemaCleanupTypes();
+#pragma GCC diagnostic pop
 }
 
 /// An input stream over a copy of the text, which libxml2 owns; null when it cannot be made. (A

@@ -1,5 +1,7 @@
 #include "kestrelink/xml/libxml/LibxmlDump.h"
 
+#include <new>
+
 #include <libxml/tree.h>
 #include <libxml/xmlIO.h>
 
@@ -22,6 +24,19 @@ bool dumpXml(xmlNode* node, std::optional<std::string>& text) {
     text = textOf(xmlOutputBufferGetContent(buffer.get()));
   }
   return true;
+}
+
+bool libxmlEscapesNamespaceNames() {
+  static const bool escapes = [] {
+    const XmlNodeOwner node(xmlNewNode(nullptr, xmlTextOf(std::string("n"))));
+    std::optional<std::string> text;
+    const bool dumped = node &&
+                        xmlNewNs(node.get(), xmlTextOf(std::string("<")), nullptr) != nullptr &&
+                        dumpXml(node.get(), text) && text;
+    if (!dumped) throw std::bad_alloc();
+    return text->find("&lt;") != std::string::npos;
+  }();
+  return escapes;
 }
 
 }  // namespace kestrelink

@@ -46,7 +46,7 @@ void ensureLibxmlSchemaTypes() {
     const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
     static_cast<void>(xmlSchemaInitTypes());
     if (!route.outOfMemory() && allSchemaTypesThere()) return;
-    xmlSchemaCleanupTypes();
+    libxmlForgetSchemaTypes();
     throw std::bad_alloc();
   });
 }

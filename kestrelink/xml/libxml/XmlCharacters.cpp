@@ -8,6 +8,7 @@
 #include <utf8.h>
 
 #include "kestrelink/platform/Text.h"
+#include "kestrelink/xml/libxml/LibxmlDump.h"
 
 namespace kestrelink {
 namespace {
@@ -104,7 +105,7 @@ std::optional<std::string> replacementFor(std::string_view text) {
 std::optional<std::string> replacementForNamespaceName(std::string_view name) {
   const bool hasMarkup =
       name.find('&') != std::string_view::npos || name.find('<') != std::string_view::npos;
-  if (!hasMarkup) return replacementFor(name);
+  if (!hasMarkup || libxmlEscapesNamespaceNames()) return replacementFor(name);
   const std::string valid = replacementFor(name).value_or(std::string(name));
   std::string writable;
   for (std::size_t at = 0; at < valid.size(); ++at) {

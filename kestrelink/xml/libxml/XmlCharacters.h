@@ -12,8 +12,9 @@ namespace kestrelink {
 /// is not UTF-8, replaced by U+FFFD. Absent for a text that can.
 std::optional<std::string> replacementFor(std::string_view text);
 
-/// The same for the name of a namespace, which libxml2 writes as it is: "<", and every "&" that
-/// begins no reference to a character, become references. (One that was read keeps those it had.)
+/// The same for the name of a namespace, which libxml2 before 2.13 writes as it is: "<", and every
+/// "&" that begins no reference to a character, become references. (One that was read keeps those
+/// it had.) From 2.13 on libxml2 resolves references when it reads such a name, and writes them.
 std::optional<std::string> replacementForNamespaceName(std::string_view name);
 
 /// Whether the text is an XML name, with or without a prefix.
