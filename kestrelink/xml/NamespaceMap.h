@@ -14,8 +14,8 @@ namespace kestrelink {
 class NamespaceMap {
  public:
   using Entry = std::shared_ptr<const XMLWrapperNamespace>;
-  /// A list, last entry first. The elements of a parse tree record suffixes of few lists, so they
-  /// share each list and remember a length: a thousand declarations cost no element anything.
+  /// A list, last entry first. The elements of a parse tree record suffixes of few lists. They
+  /// share the lists and store a length each, so many declarations cost an element nothing.
   using ReversedList = std::vector<Entry>;
 
   NamespaceMap() = default;
@@ -28,7 +28,7 @@ class NamespaceMap {
   /// The entry at a position of the order.
   const Entry& at(std::size_t position) const { return (*list_)[size_ - 1 - position]; }
 
-  /// The namespace of that prefix (absent: the default namespace), or null.
+  /// The namespace of that prefix (`std::nullopt`: the default namespace), or null.
   Entry find(const std::optional<std::string>& prefix) const {
     for (std::size_t position = 0; position < size_; ++position) {
       if (at(position)->prefix() == prefix) return at(position);
@@ -36,7 +36,7 @@ class NamespaceMap {
     return nullptr;
   }
 
-  /// Stores the namespace under its prefix: in the place of an earlier one, or else as the last.
+  /// Stores the namespace under its prefix: replaces an earlier one, or else is added last.
   void set(const Entry& ns) {
     auto changed = std::make_shared<ReversedList>();
     if (list_) changed->assign(list_->begin(), list_->begin() + static_cast<std::ptrdiff_t>(size_));

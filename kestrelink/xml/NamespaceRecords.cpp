@@ -13,7 +13,7 @@ namespace kestrelink {
 NamespaceRecords::Position& NamespaceRecords::locate(const xmlNs* record) {
   if (const auto known = positions_.find(record); known != positions_.end()) return known->second;
 
-  // From the record to the first that is known, or to the end of a list not met before.
+  // Up to the first known record, or to the end of a new list.
   std::vector<const xmlNs*> unknown;
   List* list = nullptr;
   for (const xmlNs* next = record; next != nullptr && list == nullptr; next = next->next) {

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
 
-// The length of the attribute, with the blanks before it, that the text begins with; 0 for none.
+// Length of the attribute at the start of the text, with the blanks before it; 0 for none.
 std::size_t lengthOfAttribute(std::string_view text) {
   const std::size_t name = text.find_first_not_of(kBlanks);
   const std::size_t afterName = text.find_first_of(" \t\r\n=\"'>&/", name);
@@ -21,8 +21,8 @@ std::size_t lengthOfAttribute(std::string_view text) {
   return end == text.npos ? 0 : end + 1;
 }
 
-// From the "<" of a tag, to the end of the message or the next "<", which no tag holds. libxml2
-// reads attributes up to the first that is damaged.
+// `tag` runs from its "<" to the next "<" or the end of the message. libxml2 reads attributes up to
+// the first malformed one.
 bool hasMoreAttributes(std::string_view tag, std::size_t attributes) {
   const bool isStart = tag.size() > 1 && tag[0] == '<' &&
                        std::string_view("!?/").find(tag[1]) == std::string_view::npos;
@@ -43,12 +43,12 @@ constexpr Kind kComment{"<!--", "-->"};
 constexpr Kind kCdata{"<![CDATA[", "]]>"};
 constexpr Kind kInstruction{"<?", "?>"};
 
-// The comments, CDATA sections and processing instructions of a message, walked through once.
+// The comments, CDATA sections and processing instructions of a message, in one pass.
 class HidingSections {
  public:
   explicit HidingSections(std::string_view message) : message_(message) {}
 
-  // Whether the position of a "<", further on than any asked for before, lies in one of them.
+  // Whether the position of a "<" lies in one of them. Positions must be given in ascending order.
   bool hide(std::size_t position) {
     while (at_ < position) {
       at_ = message_.find('<', at_);
@@ -58,8 +58,8 @@ class HidingSections {
   }
 
  private:
-  // 1 for a "<" that begins none. libxml2 ends a section that is too long for it, or holds what XML
-  // forbids, earlier than it says: from there on nothing counts as hidden.
+  // 1 for a "<" that starts none. libxml2 ends a section early when it is too long or has
+  // characters that XML forbids: from there on nothing counts as hidden.
   std::size_t lengthOfSection(std::string_view text) {
     constexpr std::size_t kMostBytes = 9'000'000;
     for (const auto& [start, end] : {kComment, kCdata, kInstruction}) {
@@ -89,8 +89,8 @@ bool mayHoldTagWithMoreAttributes(std::size_t bytes, std::size_t attributes) {
   return bytes > fewestBytes(attributes);
 }
 
-// Looks from far ahead back to the next "<": all but long stretches without one are passed over
-// unread.
+// Searches backwards for "<" from as far ahead as the shortest such tag reaches, so that most of
+// the message is skipped.
 bool hasTagWithMoreAttributes(std::string_view message, std::size_t attributes) {
   const std::size_t far = fewestBytes(attributes);
   HidingSections sections(message);

@@ -7,13 +7,13 @@
 
 namespace kestrelink {
 
-/// What to write for a text that cannot be written as it is, so that whatever a client sets yields
-/// a message that can be read: the text with every character that XML forbids, and every byte that
-/// is not UTF-8, replaced by U+FFFD. Absent for a text that can.
+/// The text with every character that XML forbids, and every byte that is not UTF-8, replaced by
+/// U+FFFD, so that every text a client sets yields a well-formed message. `std::nullopt` when
+/// nothing has to be replaced.
 std::optional<std::string> replacementFor(std::string_view text);
 
-/// The same for the name of a namespace, which libxml2 writes as it is: "<", and every "&" that
-/// begins no reference to a character, become references. (One that was read keeps those it had.)
+/// The same for a namespace name, which libxml2 writes without escaping: "<" becomes "&lt;", and
+/// "&" becomes "&amp;" unless it starts a character reference or a predefined entity.
 std::optional<std::string> replacementForNamespaceName(std::string_view name);
 
 /// Whether the text is an XML name, with or without a prefix.
