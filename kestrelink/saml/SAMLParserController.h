@@ -40,12 +40,13 @@ class KESTRELINK_EXPORT SAMLParserController {
   /// Parses a provider's response: XML text in UTF-8. Null when it is rejected, with the error
   ///
   /// - `kSAMLParserErrorNotUtf8`: the text is not UTF-8;
-  /// - `kXMLWrapperErrorNoTree`: the text yields no XML;
-  /// - `kXMLWrapperErrorNotValid`: it is not valid against the schema; described;
+  /// - `kXMLWrapperErrorNoTree`: the text is empty, its declared encoding is unknown, or parsing it
+  ///   would take too much time or memory;
+  /// - `kXMLWrapperErrorNotValid`: it is not valid against the schema; `ErrorInfo::info` says why;
   /// - `kSAMLParserErrorWrongRoot`: the root element is not a response;
   /// - `kSAMLParserErrorTime`: no assertion has a time window that includes the current time, or
   ///   the authentication of every assertion has expired;
-  /// - none: no assertion has conditions, or, without a schema, the document has no root element.
+  /// - none: no assertion has conditions, or, without a schema, the text is not XML.
   ///
   /// An error may also be set when the response is accepted: that of an assertion before the
   /// accepted one. docs/rejected.md has every code with what to do.

@@ -90,8 +90,8 @@ class KESTRELINK_EXPORT SAMLResponse : public XMLWrapperDoc {
   std::optional<std::string> primaryStatusCode() const;
   SAMLExpectedAction expectedAction() const;
 
-  /// The decision for the resource as it was sent ("Permit", "Deny" or "Indeterminate"): that of
-  /// the first statement with exactly that resource; `std::nullopt` when there is none.
+  /// The decision as it was sent ("Permit", "Deny" or "Indeterminate"), from the first assertion
+  /// that has one for exactly that resource; `std::nullopt` when there is none.
   std::optional<std::string> authorizationStatusForResource(std::string_view resource) const;
 
  private:

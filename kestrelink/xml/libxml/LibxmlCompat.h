@@ -39,7 +39,7 @@ inline void libxmlForgetEncodings() noexcept {
 }
 
 /// An input stream over a copy of the text, which libxml2 owns; null when it cannot be made. (A
-/// string stream reads the text itself: in 2.9 even after the text is freed.)
+/// plain string stream would read the text itself, in 2.9 even after it is gone.)
 inline xmlParserInput* libxmlStreamOver(xmlParserCtxt* context, const char* text, int length) {
   XmlInputBufferOwner copy(xmlParserInputBufferCreateMem(text, length, XML_CHAR_ENCODING_NONE));
   if (!copy) return nullptr;

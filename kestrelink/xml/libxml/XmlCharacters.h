@@ -12,8 +12,8 @@ namespace kestrelink {
 /// nothing has to be replaced.
 std::optional<std::string> replacementFor(std::string_view text);
 
-/// The same for a namespace name, which libxml2 writes without escaping: "<" becomes "&lt;", and
-/// "&" becomes "&amp;" unless it starts a character reference or a predefined entity.
+/// The same for the name of a namespace, which libxml2 writes as it is: "<", and every "&" that
+/// begins no reference to a character, become references. (One that was read keeps those it had.)
 std::optional<std::string> replacementForNamespaceName(std::string_view name);
 
 /// Whether the text is an XML name, with or without a prefix.
