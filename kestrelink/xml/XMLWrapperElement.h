@@ -109,7 +109,8 @@ class KESTRELINK_TYPE XMLWrapperElement {
   /// written. `std::nullopt`: all children are written, in their own order.
   virtual const std::optional<std::vector<std::string>>& childElementSequence() const;
   virtual void setChildElementSequence(std::optional<std::vector<std::string>> sequence);
-  /// Sorts the children into that order. Removes children whose name is not in it.
+  /// Sorts the children into that order and removes children whose name is not in it; without an
+  /// order it removes all children.
   virtual void reorderChildElements();
 
   virtual const std::shared_ptr<XMLWrapperQuery>& query() const;
@@ -124,10 +125,10 @@ class KESTRELINK_TYPE XMLWrapperElement {
   virtual std::shared_ptr<XMLWrapperElement> firstResultByXpathQuery(std::string_view xpath) const;
 
   /// A new libxml2 node of the element and its subtree; no node when the tag name is not an XML
-  /// name. Sorts the children as `reorderChildElements` does. Characters that XML forbids are
-  /// written as U+FFFD. An attribute (`kXMLWrapperErrorAttributeNotWritten`) or namespace
-  /// (`kXMLWrapperErrorNamespaceNotWritten`) whose name is not an XML name is left out, as is
-  /// everything below 1000 levels.
+  /// name. With a `childElementSequence` it calls `reorderChildElements`. Characters that XML
+  /// forbids are written as U+FFFD. An attribute (`kXMLWrapperErrorAttributeNotWritten`) or
+  /// namespace (`kXMLWrapperErrorNamespaceNotWritten`) whose name is not an XML name is left out,
+  /// as is everything below 1000 levels.
   virtual DetachedNode xmlNode(ErrorOut error = nullptr);
   /// The element as indented XML text; the errors of `xmlNode` may be set although it is returned.
   /// `std::nullopt` when there is no node, and with `kXMLWrapperErrorNotWritten` when out of

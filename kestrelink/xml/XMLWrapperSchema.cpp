@@ -23,7 +23,7 @@
 namespace kestrelink {
 namespace {
 
-// The loader that was installed before the library's own. Never called again: the library's own
+// The loader that was installed when the latest schema was made. Never called: the library's own
 // stays installed, so that later parsing reaches no network and no file.
 std::atomic<xmlExternalEntityLoader> defaultLoader{nullptr};
 

@@ -11,7 +11,7 @@
 
 namespace kestrelink {
 
-// Elements; the name is that of the constant.
+// Elements; the name is that of the constant, apart from case.
 inline constexpr std::string_view kActionElementName = "Action";
 inline constexpr std::string_view kAdviceElementName = "Advice";
 inline constexpr std::string_view kAssertionElementName = "Assertion";
@@ -104,7 +104,7 @@ inline constexpr std::string_view kDSASeedElementName = "Seed";
 inline constexpr std::string_view kDSAPgenCounterElementName = "PgenCounter";
 inline constexpr std::string_view kSignatureHMACOutputLength = "HMACOutputLength";
 
-// Attributes; the name is that of the constant.
+// Attributes; the name is that of the constant, apart from case.
 inline constexpr std::string_view kAddressAttributeName = "Address";
 inline constexpr std::string_view kAlgorithmAttributeName = "Algorithm";
 inline constexpr std::string_view kAllowCreateAttributeName = "AllowCreate";
