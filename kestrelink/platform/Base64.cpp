@@ -20,7 +20,7 @@ std::optional<std::vector<std::uint8_t>> decodeBase64(std::string_view text) {
   std::string encoded;
   encoded.reserve(text.size());
   std::copy_if(text.begin(), text.end(), std::back_inserter(encoded), isInAlphabet);
-  if (encoded.ends_with("===")) return std::nullopt;  // nettle takes it
+  if (encoded.ends_with("===")) return std::nullopt;  // nettle accepts it
 
   base64_decode_ctx context;
   base64_decode_init(&context);

@@ -5,10 +5,10 @@
 
 namespace kestrelink {
 
-/// The current time. Every judgement about time in the library asks here.
+/// The current time. The library reads the clock only here.
 std::chrono::system_clock::time_point currentTime();
 
-/// Makes the library's clock stand still at an instant; absent lets it run again. For tests.
+/// Stops the library's clock at an instant; `std::nullopt` lets it run again. For tests.
 void setClockForTesting(std::optional<std::chrono::system_clock::time_point> instant);
 
 }  // namespace kestrelink

@@ -7,7 +7,7 @@
 namespace kestrelink {
 
 std::optional<double> parseDecimal(std::string_view text) {
-  // from_chars would also take the words for infinity and not-a-number.
+  // from_chars also accepts "inf" and "nan".
   constexpr std::string_view kDecimalCharacters = "-.0123456789";
   if (text.find_first_not_of(kDecimalCharacters) != std::string_view::npos) return std::nullopt;
 

@@ -5,8 +5,8 @@
 
 namespace kestrelink {
 
-/// The number that a decimal text names ("160", "-2.5"), whatever the locale; absent when the text
-/// holds anything else, white space and exponents included.
+/// Parses a decimal number ("160", "-2.5") in the same way under every locale. `std::nullopt` when
+/// the text holds anything else, white space and exponents included.
 std::optional<double> parseDecimal(std::string_view text);
 
 }  // namespace kestrelink

@@ -19,7 +19,7 @@ constexpr std::string_view kPrefix = "kestrelink-saml: ";
 
 iovec piece(std::string_view text) { return {const_cast<char*>(text.data()), text.size()}; }
 
-// A reader of standard error that is gone must not end the process.
+// A closed pipe on standard error must not end the process.
 void writeWithoutSignal(const std::array<iovec, 3>& pieces) noexcept {
   sigset_t pipe, pending, before;
   sigemptyset(&pipe);
@@ -36,8 +36,8 @@ void writeWithoutSignal(const std::array<iovec, 3>& pieces) noexcept {
 
 }  // namespace
 
-// Allocates nothing, so that running out of memory can be logged too. One call writes the whole
-// line, so that lines of several threads do not mix.
+// Allocates nothing, so that running out of memory can be logged. One call writes the whole line,
+// so that lines of several threads do not mix.
 void logDiagnostic(std::string_view line) noexcept {
   while (line.ends_with('\n')) line.remove_suffix(1);
   if (const DiagnosticObserver observe = observer.load()) return observe(line);

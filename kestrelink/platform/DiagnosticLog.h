@@ -4,11 +4,11 @@
 
 namespace kestrelink {
 
-/// Writes one line to the diagnostic log: syslog(3), with a copy on standard error. It is the only
-/// place the library writes to. Never hand it a message's text: that is a subscriber's data.
+/// Writes one line to the diagnostic log: syslog(3), with a copy on standard error. The library
+/// writes nowhere else. Never pass it text of a message: that is a subscriber's data.
 void logDiagnostic(std::string_view line) noexcept;
 
-/// Receives every line instead of the log; null gives the log back. For tests.
+/// Receives every line instead of the log; null restores the log. For tests.
 using DiagnosticObserver = void (*)(std::string_view line) noexcept;
 void setDiagnosticObserverForTesting(DiagnosticObserver observer) noexcept;
 

@@ -1,4 +1,4 @@
-// Which symbols of the shared library are its promise to clients.
+// Which symbols the shared library exports: its ABI.
 #pragma once
 
 #if defined(__GNUC__)
@@ -10,7 +10,7 @@
 /// A class or constant that clients link against.
 #define KESTRELINK_EXPORT KESTRELINK_VISIBLE
 
-/// A class that clients only receive: they call its virtual operations through the object, and
-/// the library gives out its type information alone (cmake/exports.map), so that
+/// A class that clients only receive. They call its virtual operations through the object. The
+/// library exports only its type information (cmake/exports.map), so that
 /// `std::dynamic_pointer_cast` works across the library's boundary.
 #define KESTRELINK_TYPE KESTRELINK_VISIBLE

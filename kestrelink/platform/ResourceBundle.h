@@ -23,7 +23,7 @@ class ResourceBundle {
   std::optional<std::string> bytes(std::string_view name,
                                    std::optional<std::string_view> extension) const;
 
-  /// The resource as UTF-8 text; absent also when it is no such text.
+  /// The resource as text; `std::nullopt` also when it is not UTF-8.
   std::optional<std::string> text(std::string_view name,
                                   std::optional<std::string_view> extension) const;
 

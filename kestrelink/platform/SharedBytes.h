@@ -5,7 +5,7 @@
 
 namespace kestrelink {
 
-/// Bytes that several owners read and nobody changes; null is absent.
+/// Immutable bytes with shared ownership; may be null.
 using SharedBytes = std::shared_ptr<const std::string>;
 
 }  // namespace kestrelink

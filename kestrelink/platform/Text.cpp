@@ -33,7 +33,7 @@ constexpr bool isAsciiWhiteSpace(char byte) {
   return byte == ' ' || (byte >= '\t' && byte <= '\r');
 }
 
-// How many bytes of white space the text begins with: one character's worth, or 0.
+// Bytes of the white space character that the text begins with; 0 for none.
 std::size_t leadingWhiteSpace(std::string_view text) {
   if (isAscii(text.front())) return isAsciiWhiteSpace(text.front()) ? 1 : 0;
   const char* position = text.data();
@@ -60,7 +60,8 @@ std::size_t trailingWhiteSpace(std::string_view text) {
 }  // namespace
 
 bool isUtf8(std::string_view bytes) {
-  // Nearly every text is ASCII: that is known eight bytes at a time, the last eight once more.
+  // Most texts are ASCII: check eight bytes at a time. The last eight may overlap the previous
+  // ones.
   constexpr std::size_t kChunk = sizeof(std::uint64_t);
   const auto chunkIsAscii = [](const char* start) {
     std::uint64_t chunk = 0;
@@ -73,7 +74,7 @@ bool isUtf8(std::string_view bytes) {
   while (left() >= kChunk && chunkIsAscii(position)) position += kChunk;
   const bool restIsAscii = bytes.size() < kChunk ? std::all_of(position, end, isAscii)
                                                  : left() < kChunk && chunkIsAscii(end - kChunk);
-  // What was passed over ends between two characters.
+  // The ASCII that was skipped ends at a character boundary.
   return restIsAscii || utf8::is_valid(position, end);
 }
 

@@ -1,12 +1,12 @@
-// Text as the library understands it: UTF-8, always.
+// The library's text encoding is UTF-8.
 #pragma once
 
 #include <string_view>
 
 namespace kestrelink {
 
-/// Whether the bytes are UTF-8 in the sense of RFC 3629: no overlong form, no surrogate, nothing
-/// cut off, nothing above U+10FFFF.
+/// Whether the bytes are UTF-8 (RFC 3629): no overlong form, no surrogate, no truncated sequence,
+/// nothing above U+10FFFF.
 bool isUtf8(std::string_view bytes);
 
 /// The text without Unicode's white space and newlines at both ends. Bytes that are not UTF-8 are

@@ -3,7 +3,7 @@
 namespace kestrelink {
 namespace {
 
-// RFC 3986, section 3: what stands before the path, a scheme and an authority.
+// Removes scheme and authority (RFC 3986, section 3).
 std::string_view pathOf(std::string_view url) {
   constexpr std::string_view kEndOfScheme = ":/";
   const std::size_t end = url.find_first_of(kEndOfScheme);

@@ -1,7 +1,7 @@
 // kestrelink-saml: reads and writes the SAML 2.0 messages with which a client signs a television
-// subscriber in. Include this; start at `SAMLParserController`.
+// subscriber in. Include this header; start at `SAMLParserController`.
 //
-// The library verifies no signature. Hand it only what has been verified.
+// The library verifies no signature. Pass it only what has been verified.
 #pragma once
 
 #if __cplusplus < 202002L

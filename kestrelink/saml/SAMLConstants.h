@@ -7,13 +7,13 @@
 
 namespace kestrelink {
 
-/// Domain of the errors of the SAML layer; the codes are listed at `ErrorInfo`.
+/// Domain of the errors of the SAML layer; `SAMLParserErrorCode` has the codes.
 KESTRELINK_EXPORT extern const std::string_view SAMLParserErrorDomain;
 
-/// A key for detailed errors in an error's information map. No error carries it today.
+/// A key of `ErrorInfo::info` for detailed errors. No error has it today.
 KESTRELINK_EXPORT extern const std::string_view SAMLParserDetailedErrorsKey;
 
-/// The action "Play", to be asked for in an authorisation decision query.
+/// The action "Play", for authorisation decision queries.
 KESTRELINK_EXPORT extern const std::string_view SAMLAuthZDecisionQueryActionPlay;
 
 /// Names under which providers send a subscriber's attributes (CableLabs OLCA attribute profile),

@@ -14,21 +14,21 @@
 
 namespace kestrelink {
 
-/// The library's front door.
+/// Parses responses and creates requests. Start here.
 ///
 ///     std::optional<ErrorInfo> error;
 ///     auto response = SAMLParserController::sharedInstance().parseResponse(xml, &error);
 ///     if (!response) report(error);
 ///     auto request = SAMLParserController::sharedInstance().newAuthNRequest("https://tv.example");
 ///
-/// It holds the SAML 2.0 protocol schema, against which it validates every answer it reads. When
-/// the schema is missing from the library's resource bundle, messages are read without validation
-/// and nothing is reported: a client notices by asking `schema`, which then answers null.
+/// It holds the SAML 2.0 protocol schema and validates every response against it. When the schema
+/// is missing from the library's resource bundle, responses are read without validation and no
+/// error is reported. `schema()` then returns null.
 ///
-/// Threads: every operation but `setSchemaData` may be called from several threads at once.
+/// Threads: every operation except `setSchemaData` may be called from several threads at once.
 class KESTRELINK_EXPORT SAMLParserController {
  public:
-  /// The one controller that is shared, made on first use.
+  /// The shared controller, created on first use.
   static SAMLParserController& sharedInstance();
 
   /// Reads the schema from the resource bundle.
@@ -37,44 +37,47 @@ class KESTRELINK_EXPORT SAMLParserController {
   SAMLParserController(const SAMLParserController&) = delete;
   SAMLParserController& operator=(const SAMLParserController&) = delete;
 
-  /// Reads a provider's answer: the XML text in UTF-8. Null when it is rejected; the error then
-  /// holds the last one written, which for an answer whose assertion has no conditions is none:
+  /// Parses a provider's response: XML text in UTF-8. Null when it is rejected, with the error
   ///
-  /// - the text is not UTF-8 (`SAMLParserErrorDomain` 100), yields no XML ("XMLWrapperErrorDomain"
-  ///   200) or is not valid against the schema ("XMLWrapperErrorDomain" 100, described);
-  /// - its root is no response (102);
-  /// - it has assertions and now is in the time window of none (401);
-  /// - it has assertions and none is valid (401, 400), as when the authentication has ended.
+  /// - `kSAMLParserErrorNotUtf8`: the text is not UTF-8;
+  /// - `kXMLWrapperErrorNoTree`: the text is empty, its declared encoding is unknown, or parsing it
+  ///   would take too much time or memory;
+  /// - `kXMLWrapperErrorNotValid`: it is not valid against the schema; `ErrorInfo::info` says why;
+  /// - `kSAMLParserErrorWrongRoot`: the root element is not a response;
+  /// - `kSAMLParserErrorTime`: no assertion has a time window that includes the current time, or
+  ///   the authentication of every assertion has expired;
+  /// - none: no assertion has conditions, or, without a schema, the text is not XML.
   ///
-  /// The error may also hold something when the answer is accepted: what kept an earlier of its
-  /// assertions from being the one.
+  /// An error may also be set when the response is accepted: that of an assertion before the
+  /// accepted one. docs/rejected.md has every code with what to do.
   ///
-  /// An accepted answer may still say no: ask `SAMLResponse::expectedAction`. No signature is
-  /// verified: whoever needs trust in the answer verifies it first.
+  /// An accepted response may still be a denial: see `SAMLResponse::expectedAction`. No signature
+  /// is verified: verify the response first.
   std::shared_ptr<SAMLResponse> parseResponse(std::string_view response,
                                               ErrorOut error = nullptr) const;
 
-  /// The same without the time window: for an answer that the client kept. A root that is no
-  /// response is not rejected here; it leaves code 102, and the document has no `responseElement`.
+  /// The same without the check of time windows, for a response that the client stored. A root that
+  /// is not a response is not rejected: the error is `kSAMLParserErrorWrongRoot`, and the document
+  /// has no `responseElement`.
   std::shared_ptr<SAMLResponse> parseCachedResponse(std::string_view response,
                                                     ErrorOut error = nullptr) const;
 
-  /// The four requests, ready to be filled in further and written with `xmlString`. Each has a
-  /// fresh identifier and now as its instant.
+  /// The four requests, to be filled in further and written with `xmlString`. Each has a new
+  /// identifier and the current time as "IssueInstant". Never null.
   std::shared_ptr<SAMLAuthNRequest> newAuthNRequest(std::string_view issuer,
                                                     ErrorOut error = nullptr) const;
   std::shared_ptr<SAMLAttributeQuery> newAttributeQuery(std::string_view channelId,
                                                         ErrorOut error = nullptr) const;
-  /// The resource is a URL's text, written as it stands.
+  /// The resource is a URL, written unchanged.
   std::shared_ptr<SAMLAuthZDecisionQuery> newAuthZQuery(std::string_view resource,
                                                         std::string_view channelId,
                                                         ErrorOut error = nullptr) const;
   std::shared_ptr<SAMLLogoutRequest> newLogoutRequest(ErrorOut error = nullptr) const;
 
-  /// The text's bytes; null with code 100 of `SAMLParserErrorDomain` when it is not UTF-8.
+  /// The text's bytes; null with `kSAMLParserErrorNotUtf8` when it is not UTF-8.
   SharedBytes dataFromString(std::string_view text, ErrorOut error = nullptr) const;
 
-  /// The bytes of the schema, or null.
+  /// The bytes of the schema; null when there is none.
   const SharedBytes& schema() const;
   const SharedBytes& schemaData() const;
   void setSchemaData(SharedBytes schema);

@@ -14,8 +14,8 @@
 
 namespace kestrelink::standard {
 
-/// Puts the element into that namespace: under the prefix of the namespace it is in, or under
-/// `prefix` when it is in none.
+/// Puts the element into that namespace, under the prefix of its current namespace, or under
+/// `prefix` when it has none.
 inline void putInNamespace(XMLWrapperElement& element, const char* prefix, const char* href) {
   const NamespaceMap& declared = element.namespaces();
   if (!declared.empty() && declared.at(0)->href() == href) return;
@@ -25,12 +25,12 @@ inline void putInNamespace(XMLWrapperElement& element, const char* prefix, const
 
 namespace detail {
 
-// libxml2 reads 256 levels, and this library writes 1000.
+// libxml2 reads 256 levels; this library writes 1000.
 inline constexpr int kDeepestCopied = 1000;
 
-/// An element without anything in it. It has the class of its name where a request looks it up by
-/// class. Every other is a plain element, which writes all its children: a subject confirmation of
-/// its own class leaves out some.
+/// An empty element. It has the class registered for its name where a request looks it up by class.
+/// All others are plain elements, which write all their children; a `SAMLSubjectConfirmation`
+/// leaves some out.
 inline std::shared_ptr<XMLWrapperElement> blankElement(const std::optional<std::string>& tagName) {
   constexpr std::array<std::string_view, 6> kLookedUpByClass = {
       "Attribute", "Conditions", "IDPEntry", "RequestedAuthnContext", "Scoping", "Subject"};
@@ -41,19 +41,19 @@ inline std::shared_ptr<XMLWrapperElement> blankElement(const std::optional<std::
   return element;
 }
 
-/// Declares the namespace, unless the element does so already.
+/// Declares the namespace unless the element already declares it.
 inline void declare(XMLWrapperElement& element,
                     const std::shared_ptr<const XMLWrapperNamespace>& ns) {
   const auto declared = element.namespaces().find(ns->prefix());
   if (declared && declared->href() == ns->href()) return;
-  // The first declaration is the namespace that the element is in.
+  // The first declaration is the element's own namespace.
   if (element.namespaces().empty()) {
     element.setNamespace(std::make_shared<XMLWrapperNamespace>(std::nullopt, ""));
   }
   element.setNamespace(ns);
 }
 
-/// Declares the namespace of a value such as "xs:string", when the original recorded it.
+/// Declares the prefix of a value such as "xs:string", when the original declares it.
 inline void declarePrefixOf(const std::string& value, XMLWrapperElement& copy,
                             const XMLWrapperElement& original) {
   const std::size_t colon = value.find(':');
@@ -78,9 +78,8 @@ inline void copyAttribute(XMLWrapperElement& copy, const std::string& key,
 
 }  // namespace detail
 
-/// A copy of the element and all below it, which shares nothing with the original. Of the
-/// namespaces that the original declares it declares those it uses, and it declares those of its
-/// attributes, which the original does not.
+/// A deep copy of the element. It declares the namespaces that it uses, those of its attributes
+/// included, which the original does not declare.
 inline std::shared_ptr<XMLWrapperElement> copyOf(const XMLWrapperElement& original,
                                                  int levels = detail::kDeepestCopied) {
   auto copy = detail::blankElement(original.tagName());

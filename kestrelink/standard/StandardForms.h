@@ -1,9 +1,8 @@
 // Requests in the form that the SAML 2.0 protocol schema accepts.
 //
-// The library writes requests in the words that its providers match ("NameIdPolicy", "Action"
-// without a namespace, a logout request without a name identifier). A provider that validates what
-// it is sent refuses these. `toStandardForm` changes a request that is filled in into one that the
-// schema accepts:
+// The library writes requests in a form that its providers match ("NameIdPolicy", "Action" without
+// a namespace, a logout request without a name identifier). A provider that validates requests
+// refuses it. `toStandardForm` changes a complete request into one that the schema accepts:
 //
 //     auto request = controller.newAuthNRequest("https://tv.example");
 //     setDestination(*request, "https://idp.example/sso");
@@ -12,8 +11,7 @@
 //       giveUp(reasonOf(made));
 //     send(*request->xmlString());
 //
-// Header-only: it adds nothing to the shared library. It uses exported classes alone, so that it
-// works with the shared and with the static library.
+// Header-only. It uses only exported classes, so it works with the shared and the static library.
 #pragma once
 
 #include <algorithm>
@@ -31,21 +29,21 @@
 
 namespace kestrelink::standard {
 
-/// What came of it. Everything but `made` is for the client to mend: nothing was changed.
+/// The result of `toStandardForm`. With any result except `made` the request was not changed.
 enum class StandardForm {
-  made,                       ///< the request has its standard form
+  made,                       ///< the request now has its standard form
   noRequest,                  ///< the document has no `requestElement`
-  badIdentifier,              ///< the request's "ID" is missing, or no XML name with "_" before it
-  noSubject,                  ///< a query must say about whom it asks
-  severalSubjects,            ///< the schema allows one; which of them is meant, the client knows
-  noNameIdentifier,           ///< a logout request, or a subject without confirmation, names nobody
+  badIdentifier,              ///< "ID" is missing, or is no XML name even with "_" before it
+  noSubject,                  ///< a query has no subject
+  severalSubjects,            ///< the schema allows one
+  noNameIdentifier,           ///< a logout request, or a subject without confirmation, has none
   severalNameIdentifiers,     ///< the schema allows one
   confirmationWithoutMethod,  ///< a "SubjectConfirmation" of the subject has no "Method"
-  noAction,                   ///< a decision query must ask about an action
+  noAction,                   ///< a decision query has no action
   noResource,                 ///< a decision query has no resource, or an empty one
 };
 
-/// The same in words.
+/// A description of the result, in English.
 constexpr const char* reasonOf(StandardForm form) {
   switch (form) {
     case StandardForm::made:
@@ -72,23 +70,22 @@ constexpr const char* reasonOf(StandardForm form) {
   return "";
 }
 
-/// The namespace of an action that names none: what the standard says is in effect then (SAML 2.0
-/// core, sections 2.7.4.2 and 8.1.2).
+/// The namespace of an action that names none (SAML 2.0 core, sections 2.7.4.2 and 8.1.2).
 inline constexpr std::string_view kDefaultActionNamespace =
     "urn:oasis:names:tc:SAML:1.0:action:rwedc-negation";
 
 inline constexpr std::string_view kHttpPostBinding =
     "urn:oasis:names:tc:SAML:2.0:bindings:HTTP-POST";
 
-/// Sets the attribute "Destination" of a request of any kind: where it is sent (SAML 2.0 core,
-/// section 3.2.1). Nothing happens when the document has no root.
+/// Sets the attribute "Destination" of any request: where it is sent (SAML 2.0 core, section
+/// 3.2.1). Does nothing when the document has no root element.
 inline void setDestination(const XMLWrapperDoc& request, std::string_view url) {
   if (request.documentElement()) {
     request.documentElement()->setAttributeWithName("Destination", url);
   }
 }
 
-/// Says where the response is to be sent and by which binding (SAML 2.0 core, section 3.4.1).
+/// Sets where the response is to be sent and by which binding (SAML 2.0 core, section 3.4.1).
 inline void setAssertionConsumerService(const SAMLAuthNRequest& request, std::string_view url,
                                         std::string_view binding = kHttpPostBinding) {
   if (!request.requestElement()) return;
@@ -96,9 +93,9 @@ inline void setAssertionConsumerService(const SAMLAuthNRequest& request, std::st
   request.requestElement()->setAttributeWithName("ProtocolBinding", binding);
 }
 
-/// Makes a copy of the subject's name identifier, with all its attributes, the one of the logout
-/// request, in the place of any that was there. It is called "NameId", so that it is written with
-/// and without `toStandardForm`. False when the subject has none.
+/// Copies the subject's name identifier, with all its attributes, into the logout request and
+/// replaces any that is there. The copy is named "NameId", so that it is written with and without
+/// `toStandardForm`. False when the subject has none.
 inline bool setNameIdFrom(const SAMLLogoutRequest& request, const SAMLSubject& subject) {
   const auto identifier = nameIdOf(subject);
   const auto& element = request.requestElement();
@@ -141,7 +138,7 @@ inline void putChildrenInNamespace(XMLWrapperElement& parent, std::string_view t
   }
 }
 
-/// Gives name identifiers their standard name and namespace; how many there are.
+/// Gives name identifiers their standard name and namespace; returns their number.
 inline std::size_t mendNameIdentifiers(XMLWrapperElement& parent) {
   for (const auto& identifier : parent.getElementsByTagName("NameId")) {
     identifier->setTagName("NameID");
@@ -158,7 +155,7 @@ inline StandardForm mendConfirmation(XMLWrapperElement& confirmation) {
   if (!attributeText(confirmation, "Method")) return StandardForm::confirmationWithoutMethod;
   if (mendNameIdentifiers(confirmation) > 1) return StandardForm::severalNameIdentifiers;
   putInNamespace(confirmation, "saml", kAssertionNamespace);
-  // The library reads the first.
+  // Keep the first, which the library reads.
   const auto first = confirmation.firstElementByTagName("SubjectConfirmationData");
   for (const auto& data : confirmation.getElementsByTagName("SubjectConfirmationData")) {
     if (data != first) confirmation.removeChildElement(data);
@@ -202,8 +199,8 @@ inline StandardForm mendIdentifier(XMLWrapperElement& request) {
   return StandardForm::made;
 }
 
-/// Copies what the request holds into a new root element. What was set to no value is left out:
-/// it would be written as an empty text. "ProviderID" stands for "ProviderName".
+/// Copies the request into a new root element. Attributes without a value are left out: they would
+/// be written as empty. "ProviderID" becomes "ProviderName".
 inline void copyRequest(XMLWrapperElement& copy, const XMLWrapperElement& request) {
   copy.setQuery(nullptr);
   if (!request.namespaces().empty()) copy.setNamespace(request.namespaces().at(0));
@@ -219,8 +216,8 @@ inline void copyRequest(XMLWrapperElement& copy, const XMLWrapperElement& reques
   putInNamespace(copy, "samlp", kProtocolNamespace);
 }
 
-/// Works on a copy and puts it into the document at the end, so that nothing is changed when it
-/// cannot be done or memory runs out. `order` is that of the children which only this kind has.
+/// Works on a copy and stores it in the document at the end, so that nothing is changed on failure
+/// or when out of memory. `order` lists the children that are specific to this request.
 template <class Request, class Mend>
 StandardForm toStandardForm(Request& request, std::string_view tagName,
                             const std::vector<std::string>& order, Mend mend) {
@@ -244,22 +241,22 @@ StandardForm toStandardForm(Request& request, std::string_view tagName,
 
 }  // namespace detail
 
-/// Gives a request its standard form. All four of these:
+/// Gives a request its standard form. All four overloads
 ///
-/// - put a new element tree into the document: elements of the request that a client got before are
-///   no part of it any more, and a subject that was shared with a response stays as it is;
-/// - leave out children that have no place in such a request, as the library does when it writes;
-/// - put "_" before an "ID" that is no XML name for its first character, such as a UUID;
-/// - write subjects whole: "NameId" is "NameID", confirmations keep all that the schema allows, and
-///   the namespaces of attributes are declared;
-/// - may be called again, after further setters too; a request in its standard form stays the same.
+/// - store a new element tree in the document: elements that a client got from the request before
+///   are no longer part of it, and a subject shared with a response is not changed;
+/// - leave out children that are not allowed in such a request, as `xmlString` does;
+/// - put "_" before an "ID" whose first character cannot start an XML name, such as a UUID;
+/// - write subjects completely: "NameId" becomes "NameID", confirmations keep all that the schema
+///   allows, and the namespaces of attributes are declared;
+/// - may be called again, also after further setters; a request in its standard form is not
+///   changed.
 ///
-/// Afterwards the look-ups by the library's own names find nothing: `nameIdPolicy()`, `nameId()`,
-/// `subjectConfirmations()`, `evidence()`. Ask `firstElementByTagName("NameIDPolicy")` and so on.
+/// Afterwards look-ups by the library's own names find nothing: `nameIdPolicy()`, `nameId()`,
+/// `subjectConfirmations()`, `evidence()`. Use `firstElementByTagName("NameIDPolicy")` and so on.
 ///
-/// Here: one "NameIDPolicy", "ProviderName" in the place of "ProviderID". Of several policies,
-/// conditions, requested contexts and scopings, which the setters add and never replace, the last
-/// is kept.
+/// This overload: "NameIdPolicy" becomes "NameIDPolicy", "ProviderID" becomes "ProviderName". Of
+/// several policies, conditions, requested contexts and scopings the last is kept.
 inline StandardForm toStandardForm(SAMLAuthNRequest& request) {
   const auto mend = [](XMLWrapperElement& root) {
     for (const auto& policy : root.getElementsByTagName("NameIdPolicy")) {
@@ -277,17 +274,17 @@ inline StandardForm toStandardForm(SAMLAuthNRequest& request) {
       {"Subject", "NameIDPolicy", "Conditions", "RequestedAuthnContext", "Scoping"}, mend);
 }
 
-/// As above. It must have a subject.
+/// As above. The query must have a subject.
 inline StandardForm toStandardForm(SAMLAttributeQuery& query) {
   return detail::toStandardForm(
       query, "AttributeQuery", {"Subject", "Attribute"},
       [](XMLWrapperElement& root) { return detail::mendSubject(root, true); });
 }
 
-/// As above. It must have a subject, an action and a resource. Its actions get the assertion
-/// namespace and, where they have none, the attribute "Namespace" with that text: the provider says
-/// in which namespace it knows actions such as "Play". The library's evidence ("Element") is left
-/// out; an "Evidence" that the client added is kept.
+/// As above. The query must have a subject, an action and a resource. Its actions get the assertion
+/// namespace and, where it is missing, the attribute "Namespace" with `actionNamespace`; the
+/// provider documents which one it expects for actions such as "Play". The library's evidence
+/// ("Element") is left out; an "Evidence" that the client added is kept.
 inline StandardForm toStandardForm(SAMLAuthZDecisionQuery& query,
                                    std::string_view actionNamespace = kDefaultActionNamespace) {
   const auto mend = [actionNamespace](XMLWrapperElement& root) {
@@ -307,7 +304,7 @@ inline StandardForm toStandardForm(SAMLAuthZDecisionQuery& query,
                                 mend);
 }
 
-/// As above. It must have a name identifier: see `setNameIdFrom` and `newNameId`.
+/// As above. The request must have a name identifier: see `setNameIdFrom` and `newNameId`.
 inline StandardForm toStandardForm(SAMLLogoutRequest& request) {
   const auto mend = [](XMLWrapperElement& root) {
     const std::size_t identifiers = detail::mendNameIdentifiers(root);

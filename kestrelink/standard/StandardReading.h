@@ -1,5 +1,5 @@
-// What a response says in the standard's words where the library's own look-ups go by other names,
-// or by none. Nothing here judges or verifies anything.
+// Reads what the library's own look-ups do not find because they use other names than the standard,
+// or have none. Nothing here checks or verifies anything.
 //
 //     const auto identifier = nameIdOf(*response->subject());
 //     if (encryptedAssertions(*response) > 0) explain("the provider encrypts its assertions");
@@ -17,7 +17,7 @@
 
 namespace kestrelink::standard {
 
-/// The value of an attribute of that element; std::nullopt when there is none, or an empty one.
+/// The value of an attribute of that element; `std::nullopt` when there is none or it has no value.
 inline std::optional<std::string> attributeText(const XMLWrapperElement& element,
                                                 std::string_view name) {
   const auto attribute = element.attributeWithName(name);
@@ -60,8 +60,8 @@ inline SAMLResponseElement::Assertions assertionsOf(const SAMLResponse& response
   return response.assertions().value_or(SAMLResponseElement::Assertions());
 }
 
-/// The decision for exactly that text of a resource: of the first statement about it, in the first
-/// assertion that has one. std::nullopt when none has.
+/// The decision of the first statement with exactly that resource; `std::nullopt` when there is
+/// none.
 inline std::optional<std::string> decisionForResource(const SAMLResponse& response,
                                                       std::string_view resource) {
   for (const auto& assertion : assertionsOf(response)) {
@@ -72,15 +72,15 @@ inline std::optional<std::string> decisionForResource(const SAMLResponse& respon
   return std::nullopt;
 }
 
-/// How many "EncryptedAssertion" the response holds (SAML 2.0 core, section 2.3.4). The library
-/// reads none of them: a response that holds nothing else is accepted and says nothing.
+/// The number of "EncryptedAssertion" elements in the response (SAML 2.0 core, section 2.3.4). The
+/// library does not decrypt: a response with nothing else is accepted and names nobody.
 inline std::size_t encryptedAssertions(const SAMLResponse& response) {
   const auto& root = response.documentElement();
   return root ? root->getElementsByTagName("EncryptedAssertion").size() : 0;
 }
 
-/// The elements with a child "Signature" of XML Signature, in document order. None of these
-/// signatures was verified.
+/// The elements with a child "Signature" of XML Signature, in document order. The library verifies
+/// none of these signatures.
 inline XMLWrapperElement::List signedElements(const XMLWrapperDoc& document) {
   const auto isSignature = [](const auto& child) {
     return child->tagName() == "Signature" && !child->namespaces().empty() &&
@@ -99,9 +99,9 @@ inline XMLWrapperElement::List signedElements(const XMLWrapperDoc& document) {
   return found;
 }
 
-/// The audiences of all restrictions in the assertion's conditions (SAML 2.0 core,
-/// section 2.5.1.4). Each restriction must be met: a client that finds itself in this list is in
-/// some of them.
+/// The audiences of all restrictions in the assertion's conditions (SAML 2.0 core, section
+/// 2.5.1.4), in one list. The standard requires the client to be in each restriction, which this
+/// list cannot show.
 inline std::vector<std::string> audiencesOf(const SAMLAssertion& assertion) {
   std::vector<std::string> audiences;
   const auto conditions = assertion.conditions();
@@ -136,7 +136,7 @@ inline std::optional<std::string> destinationOf(const SAMLResponse& response) {
   return root ? attributeText(*root, "Destination") : std::nullopt;
 }
 
-/// A date that is there and was not read, so that the library takes it for missing.
+/// A date in a form that the library does not read, and therefore treats as missing.
 struct UnreadDate {
   std::string element;
   std::string attribute;
@@ -198,9 +198,9 @@ inline void noteDates(std::vector<UnreadDate>& unread, const SAMLAssertion& asse
 
 }  // namespace detail
 
-/// The dates of the response and its assertions that are there and were not read: the library reads
-/// whole seconds in UTC alone, `2026-01-15T20:15:02Z`. In a time window such a date is no
-/// restriction; a "SessionNotOnOrAfter" makes the authentication invalid.
+/// The dates of the response and its assertions that the library could not read: it reads only
+/// whole seconds in UTC, `2026-01-15T20:15:02Z`. In a time window such a date is no restriction;
+/// such a "SessionNotOnOrAfter" makes the authentication invalid.
 inline std::vector<UnreadDate> unreadDates(const SAMLResponse& response) {
   std::vector<UnreadDate> unread;
   if (const auto& root = response.responseElement()) {

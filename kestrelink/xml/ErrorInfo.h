@@ -15,7 +15,7 @@ enum XMLWrapperErrorCode : std::int64_t {
   kXMLWrapperErrorNotValid = 100,
   /// A document, root element or buffer could not be made while writing XML.
   kXMLWrapperErrorNotWritten = 101,
-  /// The bytes yield no XML tree, or reading them would take too much time or memory.
+  /// The bytes yield no XML tree, or parsing them would take too much time or memory.
   kXMLWrapperErrorNoTree = 200,
   /// An XPath evaluation could not be prepared.
   kXMLWrapperErrorXPathNotPrepared = 201,
@@ -35,13 +35,14 @@ enum SAMLParserErrorCode : std::int64_t {
   kSAMLParserErrorNotUtf8 = 100,
   /// The document's root is not the element expected; `kReceivedClassKey` names its class.
   kSAMLParserErrorWrongRoot = 102,
-  /// A class without a maker of its own was asked to make an element.
+  /// `createElement` was called on a class that has none of its own.
   kSAMLParserErrorNoMaker = 201,
-  /// There are assertions, none is valid, and none said why.
+  /// There are assertions, none is valid, and none reported an error. No class of the library does
+  /// this.
   kSAMLParserErrorNoValidAssertion = 400,
   /// An authentication has expired, or the current time is outside an assertion's time window.
   kSAMLParserErrorTime = 401,
-  /// A signature element says of itself that it is not valid.
+  /// `SAMLSignature::isValid` returned false. The library's own always returns true.
   kSAMLParserErrorSignature = 500,
 };
 
@@ -59,9 +60,8 @@ struct ErrorInfo {
   bool operator==(const ErrorInfo&) const = default;
 };
 
-/// Where an operation puts its error; null when the caller does not want it. Look at the result
-/// first: an operation of several steps may succeed and leave the error of a step that did not
-/// matter.
+/// Where an operation stores its error; null when the caller does not want it. Check the result
+/// first: an operation that succeeds may leave the error of a step that did not matter.
 using ErrorOut = std::optional<ErrorInfo>*;
 
 inline constexpr std::string_view kXMLWrapperErrorDomain = "XMLWrapperErrorDomain";
@@ -69,7 +69,8 @@ inline constexpr std::string_view kXMLWrapperErrorDomain = "XMLWrapperErrorDomai
 /// Key of the text that describes an error.
 inline constexpr std::string_view kLocalizedDescriptionKey = "localizedDescription";
 
-/// Key of the class name that came with code 102. Kept as it is spelt: clients match this text.
+/// Key of the class name in an error `kSAMLParserErrorWrongRoot`. Kept as it is spelt: clients
+/// match this text.
 inline constexpr std::string_view kReceivedClassKey = "recievedClass";
 
 }  // namespace kestrelink

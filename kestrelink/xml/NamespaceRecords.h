@@ -12,21 +12,21 @@ namespace kestrelink {
 
 class XMLWrapperQuery;
 
-/// The namespace records of one parse tree while it is read: each is read once, whatever the number
-/// of elements and attributes that carry it.
+/// The namespace records of one parse tree while it is read. Each is read once, however many
+/// elements and attributes refer to it.
 class NamespaceRecords {
  public:
   explicit NamespaceRecords(std::pmr::memory_resource& memory) : records_(&memory) {}
 
-  /// What an element in that namespace records: its own record and those that its `next` links
-  /// lead to, not the element's declarations. Null for null. It lives as long as this does.
+  /// What an element in that namespace records: its own record and those that follow it in the
+  /// `next` links, not the element's declarations. Null for null. Lives as long as this object.
   const NamespaceMap* recordedFrom(const _xmlNs* own);
 
   /// The namespace of an attribute; null for null.
   NamespaceMap::Entry namespaceOf(const _xmlNs* record);
 
-  /// Registers what the elements recorded, as if each had registered its own when it was read: of
-  /// two bindings of a prefix the one read last is registered.
+  /// Registers what the elements recorded. Of two bindings of a prefix the one read last is
+  /// registered, as if each element had registered its own.
   void registerWith(XMLWrapperQuery& query) const;
 
  private:

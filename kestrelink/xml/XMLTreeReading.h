@@ -14,11 +14,11 @@
 
 namespace kestrelink {
 
-/// One walk over a parse tree, and what all the elements it made have in common; it lives as long
-/// as one of them.
+/// One walk over a parse tree, and the data that the elements it made share. It lives as long as
+/// any of them.
 class XMLTreeReading : public std::enable_shared_from_this<XMLTreeReading> {
  private:
-  // Few small things that all go at once.
+  // Arena for small objects freed together.
   std::pmr::monotonic_buffer_resource memory_{512};
 
  public:
@@ -33,20 +33,20 @@ class XMLTreeReading : public std::enable_shared_from_this<XMLTreeReading> {
   std::shared_ptr<XMLWrapperElement> read(const XMLWrapperElementClass& elementClass,
                                           _xmlNode* node);
 
-  /// The node's name and the class registered for it, looked up once a name: libxml2 keeps one copy
-  /// of each, so it is known by its address.
+  /// The node's name and the class registered for it, looked up once per name. libxml2 keeps one
+  /// copy of each name, so the address identifies it.
   const Name& nameOf(const _xmlNode& node);
 
   /// An attribute to fill in.
   std::shared_ptr<XMLWrapperAttribute> newAttribute();
 
-  const std::weak_ptr<_xmlDoc> tree;  // never kept alive, never touched when gone
+  const std::weak_ptr<_xmlDoc> tree;  // weak: elements do not keep the tree alive
   const std::shared_ptr<XMLWrapperQuery> query;
   NamespaceRecords namespaces{memory_};
 
  private:
   std::pmr::unordered_map<const unsigned char*, Name> names_{&memory_};
-  // Several attributes are one allocation, which goes when the last of them does.
+  // Attributes are allocated in blocks. A block is freed with its last attribute.
   static constexpr std::size_t kAttributesAtOnce = 8;
   std::shared_ptr<XMLWrapperAttribute[]> attributes_;
   std::size_t attributesUsed_ = kAttributesAtOnce;

@@ -15,17 +15,17 @@ namespace kestrelink {
 
 class DetachedNode;
 
-/// One attribute of an element. It stays readable when its element and document are gone.
+/// One attribute of an element. It may outlive its element and document.
 class XMLWrapperAttribute {
  public:
   XMLWrapperAttribute() = default;
 
-  /// Reads a libxml2 attribute. The value is its first text alone: what follows an entity reference
-  /// is not part of it. `ns` is the attribute's namespace as read, null when it has none.
+  /// Reads a libxml2 attribute. The value is its first text node: it ends at the first entity
+  /// reference. `ns` is the attribute's namespace, null when it has none.
   static std::shared_ptr<XMLWrapperAttribute> initWithNode(
       const _xmlAttr* record, std::shared_ptr<const XMLWrapperNamespace> ns);
 
-  /// The same for an attribute that is there already.
+  /// The same, into an existing attribute.
   void readNode(const _xmlAttr* record, std::shared_ptr<const XMLWrapperNamespace> ns);
 
   /// The local name, without prefix.
@@ -39,12 +39,13 @@ class XMLWrapperAttribute {
   const std::shared_ptr<const XMLWrapperNamespace>& ns() const { return ns_; }
   void setNs(std::shared_ptr<const XMLWrapperNamespace> ns) { ns_ = std::move(ns); }
 
-  /// The declared type as libxml2 counts them (1 CDATA, 2 ID, ... 10 NOTATION); 0 for none.
+  /// The declared type as libxml2 numbers them (1 CDATA, 2 ID, ... 10 NOTATION); 0 for none.
   std::int32_t type() const { return type_; }
   void setType(std::int32_t type) { type_ = type; }
 
-  /// Adds the attribute to the node; false with code 204 when libxml2 makes none. A namespace that
-  /// cannot be written leaves code 205, and the attribute is written without it.
+  /// Adds the attribute to the node. False with `kXMLWrapperErrorAttributeNotWritten` when libxml2
+  /// refuses. A namespace that cannot be written leaves `kXMLWrapperErrorNamespaceNotWritten`; the
+  /// attribute is then written without it.
   bool xmlAttrNodeForNode(DetachedNode& node, ErrorOut error = nullptr) const;
 
  private:

@@ -19,8 +19,8 @@ namespace kestrelink {
 ///     auto doc = XMLWrapperDoc::initWithData(bytes, nullptr, &error);
 ///     if (doc) std::puts(doc->xmlString()->c_str());
 ///
-/// Ownership: a parsed document owns its libxml2 tree. Its elements may outlive it and stay
-/// readable (see `XMLWrapperElement`); the raw handles may not.
+/// Ownership: a parsed document owns its libxml2 tree. Its elements may outlive it (see
+/// `XMLWrapperElement`); the raw handles may not.
 ///
 /// Threads: a document and its elements are used by one thread at a time; different documents are
 /// independent.
@@ -30,15 +30,16 @@ class KESTRELINK_EXPORT XMLWrapperDoc {
   struct Making {};
 
  public:
-  /// Parses the bytes, in recovery mode: what is not well-formed still yields a document when
-  /// libxml2 can make a tree of it. With schema bytes the tree is then validated. Null when no
-  /// tree results or the message is made to cost libxml2 too much (code 200; the bounds are in
-  /// docs/security.md), when it is not valid (code 100), both of "XMLWrapperErrorDomain", or when
-  /// the tree has no root element (no error).
+  /// Parses the bytes in recovery mode: malformed text still yields a document when libxml2 can
+  /// make a tree of it. With schema bytes the tree is then validated. Null with
+  /// - `kXMLWrapperErrorNoTree`: no tree results, or parsing would take too much time or memory
+  ///   (the bounds are in docs/security.md);
+  /// - `kXMLWrapperErrorNotValid`: the document is not valid;
+  /// - no error: the document has no root element and there is no schema.
   static std::shared_ptr<XMLWrapperDoc> initWithData(SharedBytes data, SharedBytes schema,
                                                      ErrorOut error = nullptr);
 
-  /// Wraps an element made in memory. Parses nothing and cannot fail.
+  /// Wraps an element made in memory. Cannot fail.
   static std::shared_ptr<XMLWrapperDoc> initWithElement(std::shared_ptr<XMLWrapperElement> element,
                                                         SharedBytes schema,
                                                         ErrorOut error = nullptr);
@@ -48,33 +49,34 @@ class KESTRELINK_EXPORT XMLWrapperDoc {
   XMLWrapperDoc(const XMLWrapperDoc&) = delete;
   XMLWrapperDoc& operator=(const XMLWrapperDoc&) = delete;
 
-  /// Parses `xmlData` anew, and validates it when there are schema bytes. False with codes 200 and
-  /// 100 as above. The elements of an earlier parse are as if their document were gone.
+  /// Parses `xmlData` again, and validates it when there are schema bytes. False with the errors of
+  /// `initWithData`. Elements of an earlier parse then behave as if their document were destroyed.
   bool createDocument(ErrorOut error = nullptr);
-  /// The same without validating.
+  /// The same without validation.
   bool setXMLDoc(ErrorOut error = nullptr);
-  /// Builds the element tree of what was parsed; null, without an error, when it has no root.
+  /// Builds the element tree of the parsed document; null without an error when it has no root.
   std::shared_ptr<XMLWrapperElement> createDocumentElement(ErrorOut error = nullptr);
 
-  /// A new libxml2 document of the element tree as it is now; null with code 101 when the tree
-  /// cannot be written.
+  /// A new libxml2 document of the current element tree; null with `kXMLWrapperErrorNotWritten`
+  /// when the tree cannot be written.
   SharedXmlDoc docNode(ErrorOut error = nullptr) const;
-  /// The element tree as indented XML text, without an XML declaration; absent with code 101 when
-  /// the tree cannot be written. Codes 204 and 205 may stay when an attribute or a namespace could
-  /// not be, though the rest was.
+  /// The element tree as indented XML text, without an XML declaration; `std::nullopt` with
+  /// `kXMLWrapperErrorNotWritten` when the tree cannot be written. When the text is returned
+  /// without an attribute or a namespace, the error is `kXMLWrapperErrorAttributeNotWritten` or
+  /// `kXMLWrapperErrorNamespaceNotWritten`.
   std::optional<std::string> xmlString(ErrorOut error = nullptr) const;
 
-  /// Makes a prefix known to XPath; nothing happens in a document built around an element.
+  /// Registers a prefix for XPath; does nothing in a document built around an element.
   void setNamespace(const XMLWrapperNamespace& ns);
-  /// Always null: a document keeps no namespaces of its own, they are known to XPath alone.
+  /// Always null: a document keeps no namespaces of its own.
   const NamespaceMap* namespaces() const;
 
-  /// What the XPath 1.0 expression selects, with the root element as context; each node comes as a
-  /// new element. Absent with code 201, 300 or 301, and without an error in a document that was
-  /// not parsed.
+  /// The nodes that the XPath 1.0 expression selects, each as a new element; the root element is
+  /// the context. `std::nullopt` with one of the `kXMLWrapperErrorXPath...` codes; without an error
+  /// in a document that was not parsed.
   std::optional<XMLWrapperElement::List> getResultsByXpathQuery(std::string_view xpath,
                                                                 ErrorOut error = nullptr) const;
-  /// The first of them, or null.
+  /// The first of these elements, or null.
   std::shared_ptr<XMLWrapperElement> firstResultByXpathQuery(std::string_view xpath,
                                                              ErrorOut error = nullptr) const;
 
@@ -82,7 +84,7 @@ class KESTRELINK_EXPORT XMLWrapperDoc {
   void setXmlData(SharedBytes data);
   const SharedBytes& schemaData() const;
   void setSchemaData(SharedBytes data);
-  /// The top of the element tree.
+  /// The root of the element tree.
   const std::shared_ptr<XMLWrapperElement>& documentElement() const;
   void setDocumentElement(std::shared_ptr<XMLWrapperElement> element);
   const std::shared_ptr<XMLWrapperQuery>& query() const;

@@ -24,7 +24,7 @@
 namespace kestrelink {
 namespace {
 
-// How many records of a libxml2 list count: a vector of just that room costs one allocation.
+// Counts matching records of a libxml2 list, so that a vector can be reserved in one allocation.
 template <class Record, class Counts>
 std::size_t lengthOf(const Record* first, Counts counts) {
   std::size_t length = 0;
@@ -40,8 +40,8 @@ const Value& absent() {
   return value;
 }
 
-// Finds attributes by name in a list while it grows: one after the other in a short list, by a
-// table in a long one.
+// Finds attributes by name in a list while it grows: linearly in a short list, by a hash table in a
+// long one.
 class AttributePlaces {
  public:
   using Map = XMLWrapperElement::AttributeMap;
@@ -65,7 +65,7 @@ class AttributePlaces {
   std::unordered_map<std::string, std::size_t> places_;
 };
 
-// Writing goes down by recursion. Nobody misses what lies deeper: libxml2 reads 256 levels.
+// Writing is recursive, so its depth is limited. libxml2 reads only 256 levels.
 constexpr int kDeepestWritten = 1000;
 constinit thread_local int levelsAbove = 0;
 
@@ -84,8 +84,8 @@ constinit const XMLWrapperElementClass XMLWrapperElement::elementClass{
 
 XMLWrapperElement::XMLWrapperElement() = default;
 
-// Not by recursion: a client can make a tree of any depth. Nor with memory of its own: while the
-// children of an element are taken apart, the element keeps what still waits, first in their list.
+// Iterative, and without allocating: a client can build a tree of any depth. The list of pending
+// elements is stored in the child list of the element being destroyed.
 XMLWrapperElement::~XMLWrapperElement() {
   List waiting = std::move(elements_);
   while (!waiting.empty()) {
@@ -117,8 +117,8 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithNode(
   return element;
 }
 
-// XPath hands in nodes of every kind, and libxml2 gives them all the type xmlNode; the fields read
-// here are those that the kind really has.
+// XPath results are nodes of every kind, all typed as xmlNode. Only fields that the kind has are
+// read.
 void XMLWrapperElement::readNode(::xmlNode* node, XMLTreeReading& reading) {
   node_ = node;
   reading_ = reading.shared_from_this();
@@ -140,7 +140,7 @@ void XMLWrapperElement::readAttributes(const ::xmlNode* node, XMLTreeReading& re
     if (!isUtf8(name)) continue;
     std::shared_ptr<XMLWrapperAttribute> attribute = reading.newAttribute();
     attribute->readNode(record, reading.namespaces.namespaceOf(record->ns));
-    // Two attributes may share a local name in different namespaces; the later one stays.
+    // Of two attributes with the same local name in different namespaces the later one is kept.
     if (std::shared_ptr<XMLWrapperAttribute>* const earlier = places.find(name)) {
       *earlier = std::move(attribute);
     } else {
@@ -250,7 +250,7 @@ const NamespaceMap& XMLWrapperElement::namespaces() const {
 
 void XMLWrapperElement::setNamespace(const std::shared_ptr<const XMLWrapperNamespace>& ns) {
   if (!ns) return;
-  // In this order: the reference may be to an entry of the list that is replaced.
+  // Register first: `ns` may refer to an entry of the list that is replaced below.
   if (query()) query()->registerNamespace(*ns);
   NamespaceMap changed = namespaces();
   changed.set(ns);
@@ -297,7 +297,7 @@ bool XMLWrapperElement::adopt(const std::shared_ptr<XMLWrapperElement>& element)
   return true;
 }
 
-// Looks at each element once, though it may be below several others.
+// Visits each element once, even when it has several parents.
 bool XMLWrapperElement::holds(const XMLWrapperElement& sought) const {
   if (this == &sought) return true;
   if (elements_.empty() || !sought.wasAdopted_) return false;
@@ -327,7 +327,7 @@ void XMLWrapperElement::addChildElement(const std::shared_ptr<XMLWrapperElement>
 }
 
 void XMLWrapperElement::removeChildElement(const std::shared_ptr<XMLWrapperElement>& element) {
-  // Not the reference itself: it may be the very entry that goes.
+  // Compare with a raw pointer: `element` may refer to the entry that is erased.
   const XMLWrapperElement* const removed = element.get();
   std::erase_if(elements_, [removed](const auto& child) { return child.get() == removed; });
 }
@@ -361,7 +361,7 @@ std::optional<XMLWrapperElement::List> XMLWrapperElement::getResultsByXpathQuery
   const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
   XmlNodeOwner empty;
   if (!context.doc) {
-    // libxml2 follows a null pointer from a node without a document.
+    // libxml2 dereferences a null pointer for a node without a document.
     context.doc = SharedXmlDoc(XmlDocOwner(xmlNewDoc(nullptr)));
     empty.reset(xmlNewDocNode(context.doc.get(), nullptr, xmlTextOf(*changes_->madeAs), nullptr));
     context.node = empty.get();

@@ -20,23 +20,22 @@ class DetachedNode;
 class XMLWrapperQuery;
 class XMLTreeReading;
 
-/// An XML element: read from a parsed message, or made in memory for a message to be written. It is
-/// the base of every SAML element class.
+/// An XML element, read from a parsed message or made in memory to be written. The base of every
+/// SAML element class.
 ///
 ///     for (const auto& nameId : subject->getElementsByTagName("NameID")) {
 ///       use(nameId->textContent());
 ///     }
 ///
-/// An element keeps copies of what it was read from: it stays readable and writable when its
-/// document is gone; only XPath look-ups then answer absent. Changes reach written XML, never the
-/// tree the element was read from, nor XPath.
+/// An element keeps copies of what it was read from. It stays readable and writable when its
+/// document is destroyed; only XPath then returns `std::nullopt`. Changes show in written XML, not
+/// in the parsed tree and not in XPath results.
 ///
-/// What a client can call: the virtual operations, through an element that it was given. The shared
-/// library exports nothing else of the element classes but their type information, so that static
-/// operations (`initWithNode`, `initWithTagName`, `elementClass`, every `createElement`),
-/// constructors and protected operations are the library's own: a client that calls one has an
-/// undefined reference. It makes elements with `standard::elementFromText`
-/// (kestrelink/standard/MakeElement.h).
+/// Clients call the virtual operations through an element that they were given. The shared library
+/// exports only the type information of the element classes. Static operations (`initWithNode`,
+/// `initWithTagName`, `elementClass`, every `createElement`), constructors and protected operations
+/// are internal: a client that calls one gets an undefined reference. To create elements a client
+/// uses `standard::elementFromText` (kestrelink/standard/MakeElement.h).
 ///
 /// Threads: an element and all elements of its tree are used by one thread at a time.
 class KESTRELINK_TYPE XMLWrapperElement {
@@ -47,8 +46,8 @@ class KESTRELINK_TYPE XMLWrapperElement {
 
   static const XMLWrapperElementClass elementClass;
 
-  /// Builds an element of that class, and all below it, from a node of any kind but a namespace
-  /// node, which is no part of the tree.
+  /// Builds an element of that class, and all below it, from a node of any kind except a namespace
+  /// node.
   static std::shared_ptr<XMLWrapperElement> initWithNode(
       const XMLWrapperElementClass& asClass, const XmlNodeRef& node,
       const std::shared_ptr<XMLWrapperQuery>& query);
@@ -61,37 +60,37 @@ class KESTRELINK_TYPE XMLWrapperElement {
   XMLWrapperElement(const XMLWrapperElement&) = delete;
   XMLWrapperElement& operator=(const XMLWrapperElement&) = delete;
 
-  /// The local name, without prefix (a prefix that nobody declared stays part of it); absent for a
+  /// The local name, without prefix. An undeclared prefix stays part of it. `std::nullopt` for a
   /// document node found by XPath and for a name that is not UTF-8.
   virtual const std::optional<std::string>& tagName() const;
   virtual void setTagName(std::optional<std::string> tagName);
 
   /// The element's own text: its text nodes, each trimmed of white space at both ends and joined
   /// without a separator. CDATA sections, comments, processing instructions and entity references
-  /// are passed over. Absent when nothing is left.
+  /// are skipped. `std::nullopt` when nothing is left.
   virtual const std::optional<std::string>& textContent() const;
   virtual void setTextContent(std::optional<std::string> textContent);
 
   virtual const AttributeMap& attributes() const;
-  /// The attribute of that local name, or null. Of two attributes that share a local name in
+  /// The attribute of that local name, or null. Of two attributes with the same local name in
   /// different namespaces only the later is kept.
   virtual std::shared_ptr<XMLWrapperAttribute> attributeWithName(std::string_view name) const;
-  /// Replaces the attribute of that name by a new one in no namespace, or adds it.
+  /// Replaces the attribute of that name by a new one without a namespace, or adds it.
   virtual void setAttributeWithName(std::string_view name, std::optional<std::string_view> value);
 
-  /// The namespace the element is in, followed by those declared after it in the same place.
+  /// The element's namespace, followed by those declared after it on the same element.
   virtual const NamespaceMap& namespaces() const;
-  /// Stores the namespace under its prefix and, for an element that was parsed, makes the prefix
-  /// known to XPath. Null is ignored.
+  /// Stores the namespace under its prefix and, for an element that was parsed, registers the
+  /// prefix for XPath. Null is ignored.
   virtual void setNamespace(const std::shared_ptr<const XMLWrapperNamespace>& ns);
 
-  /// The list itself, not a copy: what changes the element's children ends any walk over it. Walk
-  /// over a copy, or over `getElementsByTagName`, to change them on the way.
+  /// The list itself, not a copy: changing the element's children invalidates its iterators. To
+  /// change children while iterating, iterate over a copy or over `getElementsByTagName`.
   virtual const List& elements() const;
   virtual void setElements(List elements);
-  /// The direct children of exactly that local name, in order.
+  /// The direct children with exactly that local name, in order.
   virtual List getElementsByTagName(std::string_view tagName) const;
-  /// The first of them, or null.
+  /// The first such child, or null.
   virtual std::shared_ptr<XMLWrapperElement> firstElementByTagName(std::string_view tagName) const;
 
   /// Appends the element unless it is null or already a child. An element that would become its
@@ -101,37 +100,39 @@ class KESTRELINK_TYPE XMLWrapperElement {
   virtual void addChildElement(const std::shared_ptr<XMLWrapperElement>& element,
                                const std::shared_ptr<XMLWrapperElement>& before);
   virtual void removeChildElement(const std::shared_ptr<XMLWrapperElement>& element);
-  /// Puts the new element in the old one's place, when the old one is a child and the new one is
-  /// present and none.
+  /// Replaces the old element by the new one. Does nothing unless the old one is a child and the
+  /// new one is neither null nor a child.
   virtual void replaceChildElement(const std::shared_ptr<XMLWrapperElement>& oldElement,
                                    const std::shared_ptr<XMLWrapperElement>& newElement);
 
-  /// The order in which children are written, by tag name: a child with another name is not
-  /// written. Absent for no such order.
+  /// The order in which children are written, by tag name; a child with another name is not
+  /// written. `std::nullopt`: all children are written, in their own order.
   virtual const std::optional<std::vector<std::string>>& childElementSequence() const;
   virtual void setChildElementSequence(std::optional<std::vector<std::string>> sequence);
-  /// Brings the children into that order, for good. Children without a place in it are dropped.
+  /// Sorts the children into that order and removes children whose name is not in it; without an
+  /// order it removes all children.
   virtual void reorderChildElements();
 
   virtual const std::shared_ptr<XMLWrapperQuery>& query() const;
   virtual void setQuery(std::shared_ptr<XMLWrapperQuery> query);
 
-  /// What the XPath 1.0 expression selects with this element as context, each node as a new
-  /// element. Prefixes are those of all messages read so far in this process. Absent, with a line
-  /// in the log, when the expression fails or selects no nodes by its type; absent too when the
-  /// document is gone.
+  /// The nodes that the XPath 1.0 expression selects with this element as context, each as a new
+  /// element. Prefixes are those of all messages read so far in this process. `std::nullopt`, with
+  /// a line in the log, when the expression fails or its result is not a set of nodes;
+  /// `std::nullopt` too when the document is destroyed.
   virtual std::optional<List> getResultsByXpathQuery(std::string_view xpath) const;
-  /// The first of them, or null.
+  /// The first of these elements, or null.
   virtual std::shared_ptr<XMLWrapperElement> firstResultByXpathQuery(std::string_view xpath) const;
 
-  /// A new libxml2 node with its subtree, as the element is now; absent when the tag name is no XML
-  /// name. Brings the children into their order, for good. Characters that XML forbids are written
-  /// as U+FFFD; an attribute (code 204) or namespace (code 205) whose name is no XML name is not
-  /// written, nor is what lies more than 1000 levels deep.
+  /// A new libxml2 node of the element and its subtree; no node when the tag name is not an XML
+  /// name. With a `childElementSequence` it calls `reorderChildElements`. Characters that XML
+  /// forbids are written as U+FFFD. An attribute (`kXMLWrapperErrorAttributeNotWritten`) or
+  /// namespace (`kXMLWrapperErrorNamespaceNotWritten`) whose name is not an XML name is left out,
+  /// as is everything below 1000 levels.
   virtual DetachedNode xmlNode(ErrorOut error = nullptr);
-  /// The element as indented XML text. Codes 204 and 205 as above may stay though it is written;
-  /// absent, with code 101 of "XMLWrapperErrorDomain" when no
-  /// buffer could be made.
+  /// The element as indented XML text; the errors of `xmlNode` may be set although it is returned.
+  /// `std::nullopt` when there is no node, and with `kXMLWrapperErrorNotWritten` when out of
+  /// memory.
   virtual std::optional<std::string> xmlString(ErrorOut error = nullptr);
 
   /// The class this element is an instance of.
@@ -143,7 +144,7 @@ class KESTRELINK_TYPE XMLWrapperElement {
 
   /// Fills a new element from a node.
   virtual void readNode(_xmlNode* node, XMLTreeReading& reading);
-  /// Makes a new element one made in memory.
+  /// Gives a new element made in memory its tag name.
   void startWithTagName(std::string_view tagName);
 
  private:
@@ -154,13 +155,13 @@ class KESTRELINK_TYPE XMLWrapperElement {
   bool adopt(const std::shared_ptr<XMLWrapperElement>& element) const;
   bool holds(const XMLWrapperElement& sought) const;
 
-  // What few elements have: those made in memory, and those read and then changed.
+  // Kept apart because few elements have it: those made in memory, or changed after reading.
   struct Changes {
     std::optional<std::optional<std::string>> tagName;
     std::optional<NamespaceMap> namespaces;
     std::optional<std::shared_ptr<XMLWrapperQuery>> query;
     std::optional<std::vector<std::string>> childElementSequence;
-    // The name an element made in memory was made with: XPath sees an empty node of that name.
+    // The tag name given at creation in memory: XPath sees an empty node of that name.
     std::optional<std::string> madeAs;
   };
   Changes& changes();
@@ -171,7 +172,7 @@ class KESTRELINK_TYPE XMLWrapperElement {
   const XMLWrapperElementClass* class_ = &elementClass;
   bool wasAdopted_ = false;  // false: it is the child of no element
 
-  // What was read lies in the reading, which all its elements share: large messages have many.
+  // Data read from the tree is shared by its elements, to save memory in large messages.
   std::shared_ptr<XMLTreeReading> reading_;  // null for an element made in memory
   const std::optional<std::string>* readTagName_ = nullptr;
   const NamespaceMap* readNamespaces_ = nullptr;

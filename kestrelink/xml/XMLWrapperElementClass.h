@@ -7,8 +7,8 @@ namespace kestrelink {
 
 class XMLWrapperElement;
 
-/// An element class as a value: its name and a way to make an instance. There is one object for
-/// each class, so classes compare by address.
+/// An element class as a value: its name and a function that makes an instance. There is one object
+/// for each class, so classes compare by address.
 class XMLWrapperElementClass {
  public:
   using Maker = std::shared_ptr<XMLWrapperElement> (*)();
@@ -19,7 +19,7 @@ class XMLWrapperElementClass {
   XMLWrapperElementClass& operator=(const XMLWrapperElementClass&) = delete;
 
   std::string_view name() const { return name_; }
-  /// A new instance, which knows this as its class.
+  /// A new instance; its `dynamicClass` is this.
   std::shared_ptr<XMLWrapperElement> makeInstance() const;
 
  private:
@@ -27,7 +27,7 @@ class XMLWrapperElementClass {
   Maker maker_;
 };
 
-/// How to make an instance of a class with a constructor that takes nothing.
+/// Makes an instance of a default-constructible class.
 template <class Element>
 std::shared_ptr<XMLWrapperElement> makeElementInstance() {
   return std::make_shared<Element>();

@@ -10,23 +10,23 @@ namespace kestrelink {
 
 inline constexpr std::string_view kXMLWrapperDefaultElementKey = "DefaultElementClass";
 
-/// Which element class represents a node: a process-wide registry by local name. Prefix and
-/// namespace are not looked at.
+/// Process-wide registry: which element class represents a node, by local name. Prefix and
+/// namespace are ignored.
 ///
 /// Threads: everything may be called from any thread at any time.
 class XMLWrapperElementFactory {
  public:
   static XMLWrapperElementFactory& sharedInstance();
 
-  /// Stores the class under the name, in the place of an earlier one. An absent class or an empty
-  /// name is ignored.
+  /// Stores the class under the name and replaces an earlier one. A null class or an empty name is
+  /// ignored.
   static void registerClass(const XMLWrapperElementClass* elementClass,
                             std::string_view forElementName);
 
   /// The class registered under exactly that name, or null.
   static const XMLWrapperElementClass* elementClassByTagName(std::string_view tagName);
 
-  /// 0 for every name: no element is given a type.
+  /// Always 0: elements have no types.
   static unsigned elementTypeByTagName(std::string_view tagName);
 
   /// The class registered for the node's local name, or else the one registered under

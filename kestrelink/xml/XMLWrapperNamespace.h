@@ -28,9 +28,9 @@ class XMLWrapperNamespace {
   const std::optional<std::string>& href() const { return href_; }
   void setHref(std::optional<std::string> href) { href_ = std::move(href); }
 
-  /// Declares the namespace on a node, which owns the record; with no node the record stands alone
-  /// and is the caller's. Null with code 205 when libxml2 makes none, as for a prefix that the node
-  /// already declares.
+  /// Declares the namespace on a node, which then owns the record. Without a node the caller owns
+  /// the record. Null with `kXMLWrapperErrorNamespaceNotWritten` when libxml2 refuses, as for a
+  /// prefix that the node already declares.
   _xmlNs* xmlNsForNode(_xmlNode* node, ErrorOut error = nullptr) const;
 
  private:

@@ -20,7 +20,7 @@
 namespace kestrelink {
 namespace {
 
-// The longest name that ends the text, before blanks.
+// The longest name at the end of the text, without trailing blanks.
 std::string_view nameBefore(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n";
   constexpr std::string_view kDelimiters = " \t\r\n()[]@,|+=!<>*/$'\":";
@@ -36,15 +36,14 @@ struct NamespaceTable {
     bindings.insert_or_assign(prefix, href);
   }
 
-  // A copy of those bindings that the expression can use: the table may hold every prefix ever
-  // read.
+  // Copies only the bindings that the expression can use: the table holds every prefix read so far.
   Bindings copyFor(std::string_view xpath) {
     const std::lock_guard guard(lock);
     Bindings copy;
     for (std::size_t colon = xpath.find(':'); colon != std::string_view::npos;
          colon = xpath.find(':', colon + 1)) {
       std::string_view name = nameBefore(xpath.substr(0, colon));
-      // In "5-p:n", "a div-p:n" and "orp:n" the prefix is the end of what could be one name.
+      // In "5-p:n", "a div-p:n" and "orp:n" the prefix may be only the end of the name.
       for (; !name.empty(); name.remove_prefix(1)) {
         if (const auto found = bindings.find(name); found != bindings.end()) copy.insert(*found);
       }

@@ -23,8 +23,8 @@
 namespace kestrelink {
 namespace {
 
-// The loader that was installed when the latest schema was made. Never called again: the library's
-// own stays in force, so that nothing parsed later reaches a network or a file either.
+// The loader that was installed when the latest schema was made. Never called: the library's own
+// stays installed, so that later parsing reaches no network and no file.
 std::atomic<xmlExternalEntityLoader> defaultLoader{nullptr};
 
 void installEntityLoader() {
@@ -32,7 +32,7 @@ void installEntityLoader() {
   const std::lock_guard lock(installing);
   const xmlExternalEntityLoader installed = xmlGetExternalEntityLoader();
   defaultLoader = installed;
-  // Other threads may be parsing: what is in place already is not written again.
+  // Other threads may be parsing, so do not write the same value again.
   if (installed != &XMLWExternalEntityLoader) {
     xmlSetExternalEntityLoader(&XMLWExternalEntityLoader);
   }
@@ -49,7 +49,7 @@ std::string formatted(const char* format, va_list arguments) {
   return text;
 }
 
-// libxml2's message is itself a format for the arguments that follow it.
+// libxml2's message is a printf format for the arguments.
 void logCompilation(const char* prefix, const char* message, va_list arguments) noexcept {
   try {
     logDiagnostic(formatted((std::string(prefix) + message).c_str(), arguments));
@@ -81,8 +81,8 @@ std::string describe(const xmlError& error) {
   return line.append(asItStands(error.message)).append("\n");
 }
 
-/// Takes a document's URL away while it lives. For each error in a document that has a URL, even
-/// the empty one, libxml2 walks back over all earlier siblings of the node.
+/// Clears a document's URL while this object lives. For each error in a document with a URL, even
+/// an empty one, libxml2 walks over all earlier siblings of the node: quadratic time.
 class WithoutUrl {
  public:
   explicit WithoutUrl(xmlDoc& doc) : doc_(doc), url_(std::exchange(doc.URL, nullptr)) {}
@@ -128,7 +128,7 @@ XmlDocOwner parseSchema(const SharedBytes& bytes) {
 std::unique_ptr<XMLWrapperSchema> XMLWrapperSchema::initWithSchemaData(
     const SharedBytes& schemaData) {
   ensureLibxmlSchemaTypes();
-  // Freed after the parser context, which reads it.
+  // Declared first: the parser context below reads it until it is freed.
   const XmlDocOwner doc = parseSchema(schemaData);
   if (!doc) return failed("Schema could not be loaded");
   installEntityLoader();
@@ -140,7 +140,7 @@ std::unique_ptr<XMLWrapperSchema> XMLWrapperSchema::initWithSchemaData(
   xmlSchemaSetParserErrors(parser.get(), &XMLWSchemaValidityError, &XMLWSchemaValidityWarning,
                            nullptr);
   XmlSchemaOwner schema(xmlSchemaParse(parser.get()));
-  route.throwIfOutOfMemory();  // an import may be missing
+  route.throwIfOutOfMemory();  // or an import could be missing
   if (!schema) return failed("Schema is not valid");
   return std::make_unique<XMLWrapperSchema>(std::move(schema));
 }

@@ -1,4 +1,4 @@
-// What the element classes read from, and make of, elements without a class of their own.
+// Reading and making elements that have no class of their own.
 #pragma once
 
 #include <memory>
@@ -22,7 +22,7 @@ std::optional<std::string> childTextOf(const std::shared_ptr<XMLWrapperElement>&
                                        std::string_view tagName);
 
 /// The number in a decimal text, and the bytes in a base64 text; `std::nullopt` for no text and for
-/// one that does not parse.
+/// text that does not parse.
 std::optional<double> numberOf(const std::optional<std::string>& text);
 std::optional<Bytes> bytesOf(const std::optional<std::string>& text);
 

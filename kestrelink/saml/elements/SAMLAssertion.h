@@ -16,7 +16,7 @@ class SAMLAdvice;
 class KESTRELINK_TYPE SAMLAssertion : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;
-  /// An empty assertion: without "ID", "Version" and "IssueInstant", which the caller adds.
+  /// An empty assertion, without "ID", "Version" and "IssueInstant".
   static std::shared_ptr<SAMLAssertion> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
@@ -27,24 +27,25 @@ class KESTRELINK_TYPE SAMLAssertion : public SAMLBaseElement {
   virtual std::shared_ptr<SAMLConditions> conditions() const;
   virtual std::shared_ptr<SAMLAdvice> advice() const;
   virtual std::shared_ptr<SAMLAuthNStatement> authentication() const;
-  /// The children "AuthzDecisiontStatement", spelt so; the standard's spelling is not seen.
+  /// The children "AuthzDecisiontStatement"; the standard's spelling is not looked up.
   virtual std::vector<std::shared_ptr<SAMLAuthZDecision>> authorizations() const;
   /// The attributes of the first attribute statement; later statements are not read.
   virtual std::vector<std::shared_ptr<SAMLAttribute>> samlAttributes() const;
 
-  /// Whether signature and authentication statement, each if there is one, answer valid. If not:
-  /// code 500 for the signature, 401 for the statement, of `SAMLParserErrorDomain`. No signature is
-  /// ever verified: see `SAMLSignature::isValid`.
+  /// Whether `isValid` of the signature and of the authentication statement return true, each if
+  /// there is one. If not: `kSAMLParserErrorSignature` or `kSAMLParserErrorTime`. No signature is
+  /// verified: see `SAMLSignature::isValid`.
   virtual bool isValid(ErrorOut error = nullptr) const;
 
-  /// Whether now lies in the time window of the conditions; if not, code 401 of
-  /// `SAMLParserErrorDomain`. False without an error when there are no conditions.
+  /// Whether the time window of the conditions includes the current time; if not,
+  /// `kSAMLParserErrorTime`. False without an error when there are no conditions.
   virtual bool meetsConditions(ErrorOut error = nullptr) const;
 
-  /// Whether the first audience restriction names exactly the requestor.
+  /// Whether the first audience restriction has exactly the requestor as an audience.
   virtual bool isValidForRequestor(std::string_view requestor) const;
 
-  /// The decision of the first statement about exactly that resource.
+  /// The decision of the first statement with exactly that resource; `std::nullopt` when there is
+  /// none.
   virtual std::optional<std::string> authorizationForResource(std::string_view resource) const;
 };
 

@@ -14,9 +14,9 @@ class KESTRELINK_TYPE SAMLAttribute : public SAMLBaseElement {
   virtual void setName(std::string_view name);
   virtual std::optional<std::string> nameFormat() const;
   virtual std::optional<std::string> friendlyName() const;
-  /// The texts of the children "AttributeValue", in order; a value without text is passed over.
+  /// The texts of the children "AttributeValue", in order; a value without text is skipped.
   virtual std::vector<std::string> values() const;
-  /// Appends a value, as plain text without a type.
+  /// Appends a value as text without a type.
   virtual void addAttributeValue(std::string_view value);
 };
 

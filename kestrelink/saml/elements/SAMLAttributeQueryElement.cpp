@@ -15,7 +15,7 @@ std::shared_ptr<SAMLAttributeQueryElement> SAMLAttributeQueryElement::createElem
       kAttributeQueryElementName, SAMLProtocolNamespace(),
       {kIssuerElementName, kSignatureElementName, kSubjectElementName, kAttributeElementName});
   stampRequest(*element, "_");
-  element->setNamespace(SAMLAssertionNamespace());  // the query itself is in the first
+  element->setNamespace(SAMLAssertionNamespace());  // the query itself is in the protocol namespace
   return element;
 }
 

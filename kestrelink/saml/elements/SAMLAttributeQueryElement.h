@@ -12,19 +12,19 @@ namespace kestrelink {
 class KESTRELINK_TYPE SAMLAttributeQueryElement : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;
-  /// A query with a fresh identifier ("_" and a UUID) and now as its instant.
+  /// A query with a new identifier ("_" and a UUID) and the current time as "IssueInstant".
   static std::shared_ptr<SAMLAttributeQueryElement> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
   virtual std::optional<SAMLDate> issueInstant() const;
-  /// The attribute "Decision", as in a response.
+  /// The attribute "Decision", not "Destination", as in a response.
   virtual std::optional<std::string> destination() const;
   virtual std::optional<std::string> consent() const;
   virtual std::optional<std::string> channelId() const;
   virtual void setChannelId(std::string_view channelId);
   virtual std::shared_ptr<SAMLSignature> signature() const;
   virtual std::shared_ptr<SAMLSubject> subject() const;
-  /// Replaces the subject there is. Null is ignored.
+  /// Replaces the subject. Null is ignored.
   virtual void setSubject(const std::shared_ptr<SAMLSubject>& subject);
   virtual std::vector<std::shared_ptr<SAMLAttribute>> samlAttributes() const;
   virtual void addAttribute(const std::shared_ptr<SAMLAttribute>& attribute);

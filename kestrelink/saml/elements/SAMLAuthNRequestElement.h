@@ -7,12 +7,12 @@
 
 namespace kestrelink {
 
-/// The name identifier policy (SAML 2.0 core, section 3.4.1.1), spelt "NameIdPolicy" in what is
-/// written and looked up.
+/// The name identifier policy (SAML 2.0 core, section 3.4.1.1), written and looked up as
+/// "NameIdPolicy".
 class KESTRELINK_TYPE SAMLNameIdPolicy : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;
-  /// A policy that asks for a transient identifier and forbids creating one.
+  /// A policy with the transient format and "AllowCreate" false.
   static std::shared_ptr<SAMLNameIdPolicy> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> format() const;
@@ -26,7 +26,8 @@ class KESTRELINK_TYPE SAMLRequestedAuthNContext : public SAMLBaseElement {
   static std::shared_ptr<SAMLRequestedAuthNContext> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> comparison() const;
-  /// Looked up under "saml:AuthnContextClassRef" and "saml:AuthnContextDeclRef", prefix included.
+  /// Looked up with the prefix, as "saml:AuthnContextClassRef" and "saml:AuthnContextDeclRef":
+  /// `std::nullopt` for a parsed message.
   virtual std::optional<std::string> classRef() const;
   virtual std::optional<std::string> declRef() const;
 };
@@ -60,8 +61,8 @@ class KESTRELINK_TYPE SAMLScoping : public SAMLBaseElement {
 class KESTRELINK_TYPE SAMLAuthNRequestElement : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;
-  /// A request with a fresh identifier ("_" and a UUID), now as its instant, and the default name
-  /// identifier policy.
+  /// A request with a new identifier ("_" and a UUID), the current time as "IssueInstant", and the
+  /// default name identifier policy.
   static std::shared_ptr<SAMLAuthNRequestElement> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
@@ -74,15 +75,15 @@ class KESTRELINK_TYPE SAMLAuthNRequestElement : public SAMLBaseElement {
   virtual void setForceAuthN(bool force);
   virtual bool isPassive() const;
   virtual void setIsPassive(bool passive);
-  /// Reads "ProviderName"; the setter writes "ProviderID". Providers have been built against both.
+  /// Reads "ProviderName"; the setter writes "ProviderID". Clients and providers rely on both.
   virtual std::optional<std::string> providerName() const;
   virtual void setProviderName(std::string_view name);
   virtual std::optional<std::string> issuer() const;
-  /// Replaces the issuer there is.
+  /// Replaces the issuer.
   virtual void setIssuer(std::string_view issuer);
 
-  /// The first child of each name. The setters add one more and remove none: after
-  /// `setNameIdPolicy` the default policy is still the first.
+  /// The getters return the first child of each name. The setters add a child and remove none:
+  /// after `setNameIdPolicy` the default policy is still the first.
   virtual std::shared_ptr<SAMLSignature> signature() const;
   virtual std::shared_ptr<SAMLSubject> subject() const;
   virtual void setSubject(const std::shared_ptr<SAMLSubject>& subject);

@@ -16,14 +16,16 @@ class KESTRELINK_TYPE SAMLAuthNStatement : public SAMLBaseElement {
   virtual std::optional<std::string> subjectAddress() const;
   virtual std::optional<std::string> subjectDNSName() const;
 
-  /// These four are attributes of "AuthnContext". The standard makes them its child elements, so
-  /// they are absent in a standard message; ask `firstElementByTagName("AuthnContext")` there.
+  /// These four read attributes of "AuthnContext". In the standard they are its child elements, so
+  /// the result is `std::nullopt` for a standard message; use
+  /// `firstElementByTagName("AuthnContext")`.
   virtual std::optional<std::string> authnContextDecl() const;
   virtual std::optional<std::string> authnContextDeclRef() const;
   virtual std::optional<std::string> authnContextClassRef() const;
   virtual std::optional<std::string> authenticatingAuthority() const;
 
-  /// Whether "SessionNotOnOrAfter" is present, parses, and is later than now.
+  /// Whether the authentication has not expired: "SessionNotOnOrAfter" is present, parses, and is
+  /// later than the current time.
   virtual bool isValid() const;
 };
 

@@ -6,7 +6,7 @@ namespace kestrelink {
 
 class SAMLEvidence;
 
-/// The authorisation decision statement (SAML 2.0 core, section 2.7.4), under the name
+/// The authorisation decision statement (SAML 2.0 core, section 2.7.4), named
 /// "AuthzDecisiontStatement". Kept as it is spelt: providers send it so.
 class KESTRELINK_TYPE SAMLAuthZDecision : public SAMLBaseElement {
  public:
@@ -17,7 +17,7 @@ class KESTRELINK_TYPE SAMLAuthZDecision : public SAMLBaseElement {
   virtual std::optional<std::string> decision() const;
   virtual std::optional<std::string> resource() const;
   virtual List actions() const;
-  /// The first child named "Element"; one named "Evidence" is not seen.
+  /// The first child named "Element"; "Evidence" is not looked up.
   virtual std::shared_ptr<SAMLEvidence> evidence() const;
 };
 

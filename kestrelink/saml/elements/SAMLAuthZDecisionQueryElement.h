@@ -12,7 +12,8 @@ namespace kestrelink {
 class KESTRELINK_TYPE SAMLAuthZDecisionQueryElement : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;
-  /// A query with a fresh identifier ("_" and a UUID) and now as its instant. It has no action yet.
+  /// A query with a new identifier ("_" and a UUID) and the current time as "IssueInstant", without
+  /// an action.
   static std::shared_ptr<SAMLAuthZDecisionQueryElement> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
@@ -21,12 +22,12 @@ class KESTRELINK_TYPE SAMLAuthZDecisionQueryElement : public SAMLBaseElement {
   virtual void setDestination(std::string_view destination);
   virtual std::optional<std::string> consent() const;
   virtual std::optional<std::string> resource() const;
-  /// An absent resource is written as an empty one.
+  /// `std::nullopt` is written as an empty resource.
   virtual void setResource(std::optional<std::string_view> resource);
   virtual std::optional<std::string> channelId() const;
   virtual void setChannelId(std::string_view channelId);
   virtual std::shared_ptr<SAMLSignature> signature() const;
-  /// The first subject; the setter adds one more.
+  /// The first subject; the setter adds another.
   virtual std::shared_ptr<SAMLSubject> subject() const;
   virtual void setSubject(const std::shared_ptr<SAMLSubject>& subject);
   virtual List actions() const;

@@ -13,32 +13,33 @@
 
 namespace kestrelink {
 
-/// What a base64 text holds.
+/// Decoded base64.
 using Bytes = std::vector<std::uint8_t>;
 
 /// The base of the SAML element classes. They are views of the element tree: every property is
 /// computed on each read from the element's attributes and direct children, by exact local name.
 ///
-/// A missing attribute or child answers absent (null for an element), a list answers empty; a date,
-/// number or base64 text that does not parse answers absent too. Nothing here reports an error.
+/// For a missing attribute or child a property returns `std::nullopt`, null for an element, or an
+/// empty list; for a date, number or base64 text that does not parse, `std::nullopt`. No error is
+/// reported.
 ///
-/// The makers (`createElement`) and all that is static or protected, here and in every derived
-/// class, are the library's own and cannot be linked: see `XMLWrapperElement`.
+/// `createElement` and all static or protected operations, here and in every derived class, are
+/// internal and cannot be linked: see `XMLWrapperElement`.
 class KESTRELINK_TYPE SAMLBaseElement : public XMLWrapperElement {
  public:
   static const XMLWrapperElementClass elementClass;
 
-  /// A class that can be composed has its own maker; this one makes nothing and reports code 201 of
-  /// `SAMLParserErrorDomain`.
+  /// Always null with `kSAMLParserErrorNoMaker`. Classes whose elements can be created have their
+  /// own `createElement`.
   static std::shared_ptr<SAMLBaseElement> createElement(ErrorOut error = nullptr);
 
  protected:
   void readNode(_xmlNode* node, XMLTreeReading& reading) override;
 
-  /// Called when a parsed element and all below it are built.
+  /// Called after a parsed element and all below it are built.
   virtual void setElementProperties();
 
-  /// A new element made in memory, of class `Element`; `sequence` is its child element sequence, if
+  /// A new element of class `Element` made in memory; `sequence` is its child element sequence, if
   /// it has one.
   template <class Element>
   static std::shared_ptr<Element> makeElement(
@@ -59,7 +60,7 @@ class KESTRELINK_TYPE SAMLBaseElement : public XMLWrapperElement {
   std::optional<std::string> childAttributeText(std::string_view tagName,
                                                 std::string_view attribute) const;
 
-  /// The first child of that name as what the factory made of it.
+  /// The first child of that name; null when it is not of that class.
   template <class Element>
   std::shared_ptr<Element> child(std::string_view tagName) const {
     return std::dynamic_pointer_cast<Element>(firstElementByTagName(tagName));

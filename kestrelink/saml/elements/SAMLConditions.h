@@ -15,16 +15,16 @@ class KESTRELINK_TYPE SAMLConditions : public SAMLBaseElement {
   /// The audiences of the first "AudienceRestriction"; later restrictions are not read.
   virtual std::vector<std::string> audienceRestrictions() const;
   virtual bool oneTimeUse() const;
-  /// Looked up under "saml:ProxyRestriction", prefix included: absent in a parsed message. The list
-  /// of audiences is absent always.
+  /// Looked up with the prefix, as "saml:ProxyRestriction": `std::nullopt` for a parsed message.
+  /// `proxyRestrictions` is always `std::nullopt`.
   virtual std::optional<double> proxyRestrictionAudienceCount() const;
   virtual std::optional<List> proxyRestrictions() const;
-  /// Absent always: nothing fills this list.
+  /// Always `std::nullopt`.
   virtual const std::optional<List>& conditions() const;
 
-  /// Whether now lies in the time window: at or after `notBefore` and before `notOnOrAfter`, each
-  /// if it is present and parses; no allowance for clocks that differ. If not: code 401 of
-  /// `SAMLParserErrorDomain`. Audiences, one-time use and proxies play no part.
+  /// Whether the time window includes the current time: at or after `notBefore` and before
+  /// `notOnOrAfter`, each if it is present and parses. Clock skew is not allowed for. If not:
+  /// `kSAMLParserErrorTime`. Audiences, one-time use and proxies are not checked.
   virtual bool assertionMeetsConditions(ErrorOut error = nullptr) const;
 
  private:

@@ -9,9 +9,9 @@ namespace kestrelink {
 ///
 ///     if (const auto until = response->authenticationTTL(); until && *until > system_clock::now())
 ///
-/// Unlike a `system_clock::time_point`, which ends in the year 2262, it holds the dates with which
-/// providers say "never". Comparisons with time points of any precision are exact; the conversion
-/// to `time_point` saturates. Messages carry the years 0001 to 9999; other dates are not written.
+/// Unlike a `system_clock::time_point`, which ends in the year 2262, it can hold the year 9999,
+/// which providers send for "never". Comparisons with time points of any precision are exact; the
+/// conversion to `time_point` saturates. Only the years 0001 to 9999 are written.
 class SAMLDate {
  public:
   using time_point = std::chrono::system_clock::time_point;
@@ -24,7 +24,7 @@ class SAMLDate {
 
   constexpr std::chrono::sys_seconds seconds() const { return instant_; }
 
-  /// The instant, or the last or first time point when it lies outside their range.
+  /// The instant, or the last or first `time_point` when it is out of range.
   constexpr operator time_point() const {  // NOLINT(google-explicit-constructor)
     if (instant_ >= std::chrono::floor<std::chrono::seconds>(time_point::max())) {
       return time_point::max();

@@ -8,14 +8,14 @@
 
 namespace kestrelink {
 
-/// Reads and writes the one text form of dates: "yyyy-MM-ddTHH:mm:ssZ", always UTC, always whole
-/// seconds, whatever the locale and time zone of the process.
+/// Reads and writes dates in one form, "yyyy-MM-ddTHH:mm:ssZ": UTC, whole seconds, independent of
+/// locale and time zone.
 class SAMLDateFormatter {
  public:
   /// `std::nullopt`, with a line in the log, for a year outside 0001 to 9999.
   std::optional<std::string> stringFromDate(SAMLDate date) const;
-  /// Absent for anything but exactly that form: fractions of a second and offsets are common in
-  /// real messages and do not parse.
+  /// `std::nullopt` for any other form. Fractions of a second and offsets are common in real
+  /// messages and do not parse.
   std::optional<SAMLDate> dateFromString(std::string_view text) const;
 };
 

@@ -2,8 +2,8 @@
 
 namespace kestrelink {
 
-/// Registers the SAML element classes with the element factory: once, from any thread. Whatever
-/// parses a message calls it first.
+/// Registers the SAML element classes with the element factory: once, from any thread. Call it
+/// before parsing a message.
 void registerSAMLElementClasses();
 
 }  // namespace kestrelink

@@ -4,8 +4,8 @@
 
 namespace kestrelink {
 
-/// The text of the exported constant `SAMLParserErrorDomain`, for the rooms below the one that
-/// exports it. The codes are listed at `ErrorInfo`.
+/// The text of the exported constant `SAMLParserErrorDomain`, for the layers below the one that
+/// exports it.
 inline constexpr std::string_view kSAMLParserErrorDomain = "SAMLParserErrorDomain";
 
 }  // namespace kestrelink

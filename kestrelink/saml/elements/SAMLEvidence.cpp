@@ -42,7 +42,7 @@ std::optional<std::string> SAMLAdvice::assertionURIRef() const {
   return childText(kAssertionURIRefElementName);
 }
 
-// The references stay empty: clients fill them in and would otherwise write their text twice.
+// The text is ignored: clients set it on the child and would otherwise write it twice.
 void SAMLAdvice::setAssertionIDRef(std::string_view /*text*/) {
   addChildElement(XMLWrapperElement::initWithTagName(kAssertionIdRefElementName));
 }

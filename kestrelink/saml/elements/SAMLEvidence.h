@@ -6,7 +6,7 @@ namespace kestrelink {
 
 class SAMLAssertion;
 
-/// Evidence for a decision (SAML 2.0 core, section 2.7.4.3), under the name "Element".
+/// Evidence for a decision (SAML 2.0 core, section 2.7.4.3), named "Element".
 class KESTRELINK_TYPE SAMLEvidence : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;
@@ -27,7 +27,7 @@ class KESTRELINK_TYPE SAMLAdvice : public SAMLBaseElement {
   virtual void setAssertion(const std::shared_ptr<SAMLAssertion>& assertion);
   virtual std::optional<std::string> assertionIDRef() const;
   virtual std::optional<std::string> assertionURIRef() const;
-  /// Append an empty reference. The text is not written; set it on the child itself.
+  /// Append an empty reference. The text is ignored; set it on the child.
   virtual void setAssertionIDRef(std::string_view text);
   virtual void setAssertionURIRef(std::string_view text);
 };

@@ -1,4 +1,4 @@
-// Key information in a signature (W3C XML Signature, section 4.4): read, never used.
+// Key information in a signature (W3C XML Signature, section 4.4). The library does not use it.
 #pragma once
 
 #include "kestrelink/saml/elements/SAMLBaseElement.h"
@@ -40,9 +40,8 @@ class KESTRELINK_TYPE SAMLSignatureKeyValue : public SAMLBaseElement {
   virtual std::shared_ptr<SAMLRSAKeyValue> rsaKeyValue() const;
 };
 
-/// "X509Data". Its children are looked up under names with a prefix ("ds:X509Certificate"), so
-/// every property is absent in a parsed message; ask `firstElementByTagName("X509Certificate")`
-/// there.
+/// "X509Data". Its children are looked up with a prefix ("ds:X509Certificate"), so every property
+/// is `std::nullopt` for a parsed message; use `firstElementByTagName("X509Certificate")`.
 class KESTRELINK_TYPE SAMLX509Data : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;
@@ -56,7 +55,7 @@ class KESTRELINK_TYPE SAMLX509Data : public SAMLBaseElement {
   virtual std::optional<Bytes> crl() const;
 };
 
-/// "PGPData". Looked up with a prefix too ("ds:PGPKeyID"): absent in a parsed message.
+/// "PGPData". Looked up with a prefix too ("ds:PGPKeyID"): `std::nullopt` for a parsed message.
 class KESTRELINK_TYPE SAMLPGPData : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;
@@ -89,7 +88,7 @@ class KESTRELINK_TYPE SAMLKeyInfo : public SAMLBaseElement {
   virtual std::shared_ptr<SAMLKeyRetrievalMethod> retrievalMethod() const;
   virtual std::shared_ptr<SAMLX509Data> x509Data() const;
   virtual std::shared_ptr<SAMLPGPData> pgpData() const;
-  /// Looked up under "ds:SPKISexp", prefix included: absent in a parsed message.
+  /// Looked up with the prefix, as "ds:SPKISexp": `std::nullopt` for a parsed message.
   virtual std::optional<Bytes> spkiSexpData() const;
   virtual std::optional<std::string> mgmtData() const;
 };

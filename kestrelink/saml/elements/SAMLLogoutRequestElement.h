@@ -10,8 +10,8 @@ namespace kestrelink {
 class KESTRELINK_TYPE SAMLLogoutRequestElement : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;
-  /// A request with a fresh identifier and now as its instant. Its identifier is a UUID without the
-  /// "_" of the other requests; providers match it as it is.
+  /// A request with a new identifier and the current time as "IssueInstant". The identifier is a
+  /// UUID without the "_" of the other requests; providers match it as it is.
   static std::shared_ptr<SAMLLogoutRequestElement> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
@@ -22,7 +22,7 @@ class KESTRELINK_TYPE SAMLLogoutRequestElement : public SAMLBaseElement {
   virtual std::optional<std::string> reason() const;
   virtual void setReason(std::string_view reason);
   virtual std::optional<SAMLDate> notOnOrAfter() const;
-  /// An absent date is written as an empty one.
+  /// `std::nullopt` is written as an empty date.
   virtual void setNotOnOrAfter(std::optional<SAMLDate> date);
   virtual std::optional<std::string> issuer() const;
   virtual void setIssuer(std::string_view issuer);
@@ -30,7 +30,7 @@ class KESTRELINK_TYPE SAMLLogoutRequestElement : public SAMLBaseElement {
   /// The first "NameId". There is no setter: add the element with `addChildElement`.
   virtual std::shared_ptr<SAMLNameId> nameId() const;
   virtual std::optional<std::string> sessionIndex() const;
-  /// Replaces the session index there is. It is written without a namespace.
+  /// Replaces the session index. It is written without a namespace.
   virtual void setSessionIndex(std::string_view sessionIndex);
 };
 

@@ -1,9 +1,9 @@
-// Every element and attribute name that the library reads or writes, once. Look-ups, creation and
-// registration all go through these names.
+// Names of elements and attributes, status codes and other fixed values that the SAML classes look
+// up, write or register. Some are defined and not used.
 //
-// Some texts are not the standard's ("NameId", "AuthzDecisiontStatement", "Element" for evidence),
-// and some carry a prefix that a parsed tag name never has. They are kept as they are: providers
-// and clients have been built against what is looked up and written under them.
+// Some names are not the standard's ("NameId", "AuthzDecisiontStatement", "Element" for evidence),
+// and some have a prefix, which parsed tag names never have. Kept as they are: providers and
+// clients have been built against them. The standard's names are in kestrelink/standard/.
 #pragma once
 
 #include <initializer_list>
@@ -11,7 +11,7 @@
 
 namespace kestrelink {
 
-// Elements whose text is their constant's name.
+// Elements; the name is that of the constant, apart from case.
 inline constexpr std::string_view kActionElementName = "Action";
 inline constexpr std::string_view kAdviceElementName = "Advice";
 inline constexpr std::string_view kAssertionElementName = "Assertion";
@@ -73,7 +73,7 @@ inline constexpr std::string_view kTransformElementName = "Transform";
 inline constexpr std::string_view kTransformsElementName = "Transforms";
 inline constexpr std::string_view kX509DataElementName = "X509Data";
 
-// Elements whose text is not.
+// Elements whose name differs from the constant's.
 inline constexpr std::string_view kEvidenceElementName = "Element";
 inline constexpr std::string_view kAuthZDecisionStatementElementName = "AuthzDecisiontStatement";
 inline constexpr std::string_view kAuthenticaticatingAuthorityElementName =
@@ -104,7 +104,7 @@ inline constexpr std::string_view kDSASeedElementName = "Seed";
 inline constexpr std::string_view kDSAPgenCounterElementName = "PgenCounter";
 inline constexpr std::string_view kSignatureHMACOutputLength = "HMACOutputLength";
 
-// Attributes whose text is their constant's name.
+// Attributes; the name is that of the constant, apart from case.
 inline constexpr std::string_view kAddressAttributeName = "Address";
 inline constexpr std::string_view kAlgorithmAttributeName = "Algorithm";
 inline constexpr std::string_view kAllowCreateAttributeName = "AllowCreate";
@@ -138,7 +138,7 @@ inline constexpr std::string_view kURIAttributeName = "URI";
 inline constexpr std::string_view kValueAttributeName = "Value";
 inline constexpr std::string_view kVersionAttributeName = "Version";
 
-// Attributes whose text is not.
+// Attributes whose name differs from the constant's.
 inline constexpr std::string_view kIdentifierAttributeName = "ID";
 inline constexpr std::string_view kProviderIdAttributeName = "ProviderID";
 inline constexpr std::string_view kSPProvidedIdAttributeName = "SPProvidedID";
@@ -161,8 +161,8 @@ inline constexpr std::string_view kSAMLDecisionValuePermit = "Permit";
 inline constexpr std::string_view kSAMLDecisionValueDeny = "Deny";
 inline constexpr std::string_view kSAMLDecisionValueIndeterminate = "Indeterminate";
 
-// Status codes (SAML 2.0 core, section 3.2.2.2); the last is a television provider's own, which
-// asks the client to show the sign-in user interface.
+// Status codes (SAML 2.0 core, section 3.2.2.2). The last is a television provider's own: show the
+// sign-in user interface.
 inline constexpr std::string_view kSAMLStatusCodeSuccess =
     "urn:oasis:names:tc:SAML:2.0:status:Success";
 inline constexpr std::string_view kSAMLStatusCodeRequestorError =
@@ -197,7 +197,7 @@ inline constexpr std::string_view kSAMLStatusCodeTooManyResponses =
     "urn:oasis:names:tc:SAML:2.0:status:TooManyResponses";
 inline constexpr std::string_view kSAMLStatusCodeMSORequestsUI = "urn:norvane:status:MSORequestsUI";
 
-// The order in which an assertion's children are written, and an authentication statement's too.
+// The order in which the children of an assertion and of an authentication statement are written.
 inline constexpr std::initializer_list<std::string_view> kAssertionSequence = {
     kIssuerElementName,
     kSignatureElementName,

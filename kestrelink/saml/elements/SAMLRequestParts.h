@@ -1,4 +1,4 @@
-// What the four requests have in common.
+// Shared by the four requests.
 #pragma once
 
 #include <string_view>
@@ -7,16 +7,15 @@
 
 namespace kestrelink {
 
-/// Sets "ID" to the prefix and a fresh UUID, "Version" to "2.0" and "IssueInstant" to now, in this
-/// order.
+/// Sets "ID" to the prefix and a new UUID, "Version" to "2.0" and "IssueInstant" to the current
+/// time, in this order.
 void stampRequest(XMLWrapperElement& request, std::string_view identifierPrefix);
 
-/// Makes an "Issuer" with that text the request's issuer: in the place of the first there is, or
-/// else before the first child.
+/// Sets an "Issuer" with that text: replaces the first one, or else is inserted before the first
+/// child.
 void setIssuerOf(XMLWrapperElement& request, std::string_view issuer);
 
-/// Puts the element, unless it is null, in the place of the first child of that name, or else at
-/// the end.
+/// Replaces the first child of that name by the element, or else appends it. Null is ignored.
 void replaceOrAdd(XMLWrapperElement& request, std::string_view tagName,
                   const std::shared_ptr<XMLWrapperElement>& element);
 

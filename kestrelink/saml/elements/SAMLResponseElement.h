@@ -7,7 +7,7 @@
 
 namespace kestrelink {
 
-/// "Response" (SAML 2.0 core, section 3.3.3): the root of a provider's answer.
+/// "Response" (SAML 2.0 core, section 3.3.3): the root element of a provider's response.
 class KESTRELINK_TYPE SAMLResponseElement : public SAMLBaseElement {
  public:
   using Assertions = std::vector<std::shared_ptr<SAMLAssertion>>;
@@ -18,25 +18,26 @@ class KESTRELINK_TYPE SAMLResponseElement : public SAMLBaseElement {
   virtual std::optional<std::string> identifier() const;      // "ID"
   virtual std::optional<std::string> relatedRequest() const;  // "InResponseTo"
   virtual std::optional<SAMLDate> issueInstant() const;
-  /// The attribute "Decision", not "Destination": clients rely on a destination that is absent.
+  /// The attribute "Decision", not "Destination": clients rely on `std::nullopt` here.
   virtual std::optional<std::string> destination() const;
   virtual std::optional<std::string> consent() const;
   virtual std::optional<std::string> issuer() const;
   virtual std::shared_ptr<SAMLSignature> signature() const;
   virtual std::shared_ptr<SAMLStatus> status() const;
-  /// In document order. Absent, not empty, for a logout response.
+  /// In document order. `std::nullopt`, not an empty list, for a logout response.
   virtual std::optional<Assertions> assertions() const;
 
-  /// Whether some assertion meets its conditions, or there are none. Sets the error, whatever the
-  /// answer, to that of the last assertion asked that had one, or to none; leaves it as it is when
-  /// there are no assertions.
+  /// Whether there are no assertions, or the time window of one of them includes the current time.
+  /// Assertions are checked up to the first that does. With either result the error becomes that of
+  /// the last checked assertion that reported one, or `std::nullopt`; it is not changed when there
+  /// are no assertions.
   virtual bool assertionMeetsConditions(ErrorOut error = nullptr) const;
 
   /// The authentication statement of the first assertion that has one, or null.
   virtual std::shared_ptr<SAMLAuthNStatement> authnStatement() const;
 };
 
-/// "LogoutResponse" (SAML 2.0 core, section 3.7.2): no assertions, nothing to meet.
+/// "LogoutResponse" (SAML 2.0 core, section 3.7.2). It has no assertions.
 class KESTRELINK_TYPE SAMLLogoutResponseElement : public SAMLResponseElement {
  public:
   static const XMLWrapperElementClass elementClass;

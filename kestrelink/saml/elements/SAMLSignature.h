@@ -1,5 +1,5 @@
-// XML Signature elements (W3C XML Signature, sections 4.1 to 4.3). They are read and never
-// verified: no digest is computed, no key used, no certificate checked.
+// XML Signature elements (W3C XML Signature, sections 4.1 to 4.3). They are read and not verified:
+// no digest is computed, no key used, no certificate checked.
 #pragma once
 
 #include "kestrelink/saml/elements/SAMLBaseElement.h"
@@ -17,7 +17,7 @@ class KESTRELINK_TYPE SAMLSignatureReference : public SAMLBaseElement {
   virtual std::optional<std::string> identifier() const;  // "ID"
   virtual std::optional<std::string> uri() const;
   virtual std::optional<std::string> type() const;
-  /// The algorithm of each transform, in order; a transform without one is passed over.
+  /// The algorithm of each transform, in order; a transform without one is skipped.
   virtual std::vector<std::string> transforms() const;
   virtual std::optional<std::string> digestMethod() const;
   virtual std::optional<Bytes> digestValue() const;
@@ -36,9 +36,9 @@ class KESTRELINK_TYPE SAMLSignedInfo : public SAMLBaseElement {
   virtual std::optional<double> signatureMethodLength() const;
   virtual std::vector<std::shared_ptr<SAMLSignatureReference>> references() const;
 
-  /// Writes the canonicalisation method, the signature method and the references; other children
-  /// are dropped for good. Without one of the methods nothing is dropped and nothing written:
-  /// absent, with a line in the log.
+  /// Writes the canonicalisation method, the signature method and the references, and removes other
+  /// children. Without one of the methods nothing is removed and no node is returned; the log says
+  /// so.
   DetachedNode xmlNode(ErrorOut error = nullptr) override;
 };
 
@@ -54,8 +54,8 @@ class KESTRELINK_TYPE SAMLSignature : public SAMLBaseElement {
   virtual std::optional<std::string> signatureValueId() const;
   virtual std::shared_ptr<SAMLKeyInfo> keyInfo() const;
 
-  /// True, always, without looking at anything: trust in a message is to be had before the message
-  /// is handed to this library.
+  /// Always true; nothing is checked. Verify the signature first, before the message is passed to
+  /// this library.
   virtual bool isValid() const;
 };
 

@@ -21,8 +21,8 @@ class KESTRELINK_TYPE SAMLStatus : public SAMLBaseElement {
   static std::shared_ptr<SAMLStatus> createElement(ErrorOut error = nullptr);
 
   virtual std::shared_ptr<SAMLStatusCode> statusCode() const;
-  /// Looked up under "samlp:StatusMessage" and "samlp:StatusDetail", prefix included: absent in a
-  /// parsed message, whose tag names have no prefix.
+  /// Looked up with the prefix, as "samlp:StatusMessage" and "samlp:StatusDetail": `std::nullopt`
+  /// for a parsed message, whose tag names have no prefix.
   virtual std::optional<std::string> statusMessage() const;
   virtual std::optional<std::string> statusDetail() const;
   /// The value of the top-level code.

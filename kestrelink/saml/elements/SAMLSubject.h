@@ -4,9 +4,8 @@
 
 namespace kestrelink {
 
-/// The name identifier element, spelt "NameId" in everything this library looks up and writes; an
-/// element spelt the standard's way, "NameID", is a plain element to it. The identifier itself is
-/// the element's `textContent`.
+/// The name identifier, looked up and written as "NameId". The standard's "NameID" is read as a
+/// plain element. The identifier itself is the element's `textContent`.
 class KESTRELINK_TYPE SAMLNameId : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;
@@ -19,7 +18,7 @@ class KESTRELINK_TYPE SAMLNameId : public SAMLBaseElement {
 };
 
 /// "SubjectConfirmation" (SAML 2.0 core, section 2.4.1.1), with the attributes of its first
-/// "SubjectConfirmationData". The library exposes them and checks none.
+/// "SubjectConfirmationData". The library checks none of them.
 class KESTRELINK_TYPE SAMLSubjectConfirmation : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;
@@ -33,9 +32,9 @@ class KESTRELINK_TYPE SAMLSubjectConfirmation : public SAMLBaseElement {
   virtual std::optional<std::string> inResponseTo() const;
   virtual std::optional<std::string> address() const;
 
-  /// Writes the first "NameId", if any, and the first "SubjectConfirmationData"; other children
-  /// are dropped for good. Without confirmation data nothing is dropped and nothing written:
-  /// absent, with a line in the log.
+  /// Writes the first "NameId", if any, and the first "SubjectConfirmationData", and removes other
+  /// children. Without confirmation data nothing is removed and no node is returned; the log says
+  /// so.
   DetachedNode xmlNode(ErrorOut error = nullptr) override;
 };
 
@@ -45,7 +44,7 @@ class KESTRELINK_TYPE SAMLSubject : public SAMLBaseElement {
   static const XMLWrapperElementClass elementClass;
   static std::shared_ptr<SAMLSubject> createElement(ErrorOut error = nullptr);
 
-  /// The first "NameId". For the standard's spelling ask `firstElementByTagName("NameID")`.
+  /// The first "NameId". For the standard's "NameID" use `standard::nameIdOf`.
   virtual std::shared_ptr<SAMLNameId> nameId() const;
   virtual std::vector<std::shared_ptr<SAMLSubjectConfirmation>> subjectConfirmations() const;
 };

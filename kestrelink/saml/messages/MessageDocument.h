@@ -1,4 +1,4 @@
-// How message documents are made; they differ in the class of their root element.
+// Creation of message documents, which differ in the class of their root element.
 #pragma once
 
 #include <memory>
@@ -11,11 +11,11 @@
 
 namespace kestrelink {
 
-/// A friend of the message documents, for what none but they may do.
+/// A friend of the message documents, with access to their private members.
 template <class Message>
 struct MessageDocument {
-  /// The document parsed from the bytes, or null; its root is put into `root`. When the root is not
-  /// of that class, `root` stays null, with code `kSAMLParserErrorWrongRoot`.
+  /// The document parsed from the bytes, or null; its root is stored in `root`. When the root is
+  /// not of that class, `root` stays null, with `kSAMLParserErrorWrongRoot`.
   template <class Root>
   static std::shared_ptr<Message> fromData(SharedBytes data, SharedBytes schema,
                                            std::shared_ptr<Root> Message::*root, ErrorOut error) {

@@ -16,7 +16,7 @@ std::shared_ptr<SAMLAttributeQuery> SAMLAttributeQuery::initWithData(SharedBytes
   auto request = MessageDocument<SAMLAttributeQuery>::fromData(
       std::move(data), schema, &SAMLAttributeQuery::requestElement_, error);
   const bool isOther = request && !request->requestElement_;
-  if (isOther && error != nullptr) return nullptr;  // exactly when the caller learns why
+  if (isOther && error != nullptr) return nullptr;  // only when the caller receives the reason
   if (request && !isOther) request->schemaData_ = std::move(schema);
   return request;
 }

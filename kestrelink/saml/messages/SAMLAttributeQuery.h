@@ -18,18 +18,18 @@ struct MessageDocument;
 /// written.
 ///
 ///     auto query = controller.newAttributeQuery("HARBOUR", &error);
-///     query->setSubjectFromResponse(answer);
+///     query->setSubjectFromResponse(responseText);
 ///     query->addAttribute("HouseholdID");
 ///
-/// What is set here shows in the next `xmlString`. Without a `requestElement` setters do nothing
-/// and getters answer absent.
+/// The next `xmlString` writes what was set. Without a `requestElement` setters do nothing and
+/// getters return `std::nullopt`.
 ///
 /// Threads: one thread at a time, like every document.
 class KESTRELINK_EXPORT SAMLAttributeQuery : public XMLWrapperDoc {
  public:
-  /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is no such request: null
-  /// with code 102 of `SAMLParserErrorDomain` when the caller wants the error, and otherwise a
-  /// document without a `requestElement`.
+  /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is another element: null
+  /// with `kSAMLParserErrorWrongRoot` when the caller passes `error`, and otherwise a document
+  /// without a `requestElement`.
   static std::shared_ptr<SAMLAttributeQuery> initWithData(SharedBytes data, SharedBytes schema,
                                                           ErrorOut error = nullptr);
   /// Wraps a request element, which may be null. Cannot fail.
@@ -40,15 +40,15 @@ class KESTRELINK_EXPORT SAMLAttributeQuery : public XMLWrapperDoc {
   explicit SAMLAttributeQuery(Making);
   ~SAMLAttributeQuery() override;
 
-  /// The request, for what is not forwarded here; null when the root is none.
+  /// The request element, for operations not forwarded here; null when the root is another element.
   const std::shared_ptr<SAMLAttributeQueryElement>& requestElement() const;
   void setRequestElement(std::shared_ptr<SAMLAttributeQueryElement> element);
 
   std::optional<std::string> channelId() const;
-  /// Makes the subject of a response, given as XML text, the query's subject. Nothing happens when
-  /// the text yields no subject.
+  /// Sets the subject to that of a response, given as XML text. Does nothing when the text yields
+  /// no subject.
   void setSubjectFromResponse(std::string_view response);
-  /// Asks for the attribute of that name, and for those values of it when there are any. Asking
+  /// Asks for the attribute of that name, and only for those values when there are any. Asking
   /// twice writes it twice.
   void addAttribute(std::string_view name);
   void addAttribute(std::string_view name, const std::vector<std::string>& values);
@@ -58,7 +58,7 @@ class KESTRELINK_EXPORT SAMLAttributeQuery : public XMLWrapperDoc {
   friend struct MessageDocument;
 
   std::shared_ptr<SAMLAttributeQueryElement> requestElement_;
-  SharedBytes schemaData_;  // set only when parsed: a request that is made reads without a schema
+  SharedBytes schemaData_;  // set only when the query was parsed
 };
 
 }  // namespace kestrelink

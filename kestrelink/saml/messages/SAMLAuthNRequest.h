@@ -20,15 +20,14 @@ struct MessageDocument;
 ///     request->setIsPassive(true);
 ///     send(request->xmlString());
 ///
-/// What is set here shows in the next `xmlString`. Without a `requestElement` setters do nothing
-/// and getters answer absent.
+/// The next `xmlString` writes what was set. Without a `requestElement` setters do nothing and
+/// getters return `std::nullopt`.
 ///
 /// Threads: one thread at a time, like every document.
 class KESTRELINK_EXPORT SAMLAuthNRequest : public XMLWrapperDoc {
  public:
-  /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is no such request, the
-  /// document is returned all the same, with code 102 of `SAMLParserErrorDomain`: it has no
-  /// `requestElement`.
+  /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is another element, the
+  /// document is returned with `kSAMLParserErrorWrongRoot` and without a `requestElement`.
   static std::shared_ptr<SAMLAuthNRequest> initWithData(SharedBytes data, SharedBytes schema,
                                                         ErrorOut error = nullptr);
   /// Wraps a request element, which may be null. Cannot fail.
@@ -39,7 +38,7 @@ class KESTRELINK_EXPORT SAMLAuthNRequest : public XMLWrapperDoc {
   explicit SAMLAuthNRequest(Making);
   ~SAMLAuthNRequest() override;
 
-  /// The request, for what is not forwarded here; null when the root is none.
+  /// The request element, for operations not forwarded here; null when the root is another element.
   const std::shared_ptr<SAMLAuthNRequestElement>& requestElement() const;
   void setRequestElement(std::shared_ptr<SAMLAuthNRequestElement> element);
 
@@ -49,7 +48,7 @@ class KESTRELINK_EXPORT SAMLAuthNRequest : public XMLWrapperDoc {
   void setForceAuthN(bool force);
   /// Writes the attribute "ProviderID".
   void setProviderName(std::string_view name);
-  /// Adds the subject of a response, given as XML text, to those there are. Nothing happens when
+  /// Adds the subject of a response, given as XML text; earlier subjects stay. Does nothing when
   /// the text yields no subject.
   void setSubjectFromResponse(std::string_view response);
 
@@ -58,7 +57,7 @@ class KESTRELINK_EXPORT SAMLAuthNRequest : public XMLWrapperDoc {
   friend struct MessageDocument;
 
   std::shared_ptr<SAMLAuthNRequestElement> requestElement_;
-  SharedBytes schemaData_;  // set only when parsed: a request that is made reads without a schema
+  SharedBytes schemaData_;  // set only when the request was parsed
 };
 
 }  // namespace kestrelink

@@ -21,15 +21,14 @@ struct MessageDocument;
 ///     request->setIssuer("https://tv.example");
 ///     request->requestElement()->setSessionIndex("s-1");
 ///
-/// What is set here shows in the next `xmlString`. Without a `requestElement` setters do nothing
-/// and getters answer absent.
+/// The next `xmlString` writes what was set. Without a `requestElement` setters do nothing and
+/// getters return `std::nullopt`.
 ///
 /// Threads: one thread at a time, like every document.
 class KESTRELINK_EXPORT SAMLLogoutRequest : public XMLWrapperDoc {
  public:
-  /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is no such request, the
-  /// document is returned all the same, with code 102 of `SAMLParserErrorDomain`: it has no
-  /// `requestElement`.
+  /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is another element, the
+  /// document is returned with `kSAMLParserErrorWrongRoot` and without a `requestElement`.
   static std::shared_ptr<SAMLLogoutRequest> initWithData(SharedBytes data, SharedBytes schema,
                                                          ErrorOut error = nullptr);
   /// Wraps a request element, which may be null. Cannot fail.
@@ -40,7 +39,7 @@ class KESTRELINK_EXPORT SAMLLogoutRequest : public XMLWrapperDoc {
   explicit SAMLLogoutRequest(Making);
   ~SAMLLogoutRequest() override;
 
-  /// The request, for what is not forwarded here; null when the root is none.
+  /// The request element, for operations not forwarded here; null when the root is another element.
   const std::shared_ptr<SAMLLogoutRequestElement>& requestElement() const;
   void setRequestElement(std::shared_ptr<SAMLLogoutRequestElement> element);
 

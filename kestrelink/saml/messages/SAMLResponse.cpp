@@ -35,7 +35,7 @@ SAMLResponseElement::Assertions SAMLResponse::assertionsOrNone() const {
   return assertions().value_or(SAMLResponseElement::Assertions());
 }
 
-// What was granted
+// Attributes
 
 SAMLResponse::AttributeValues SAMLResponse::attributes() const {
   AttributeValues values;
@@ -63,7 +63,7 @@ std::optional<std::string> SAMLResponse::userName() const {
   return values->front();
 }
 
-// Who, and until when
+// Provider, subject, authentication
 
 std::optional<std::string> SAMLResponse::selectedProvider() const {
   const auto& root = documentElement();
@@ -96,7 +96,7 @@ std::optional<std::string> SAMLResponse::authenticationSessionId() const {
   return statement ? statement->sessionIndex() : std::nullopt;
 }
 
-// The verdict
+// Acceptance
 
 bool SAMLResponse::assertionMeetsConditions(ErrorOut error) const {
   return responseElement_ && responseElement_->assertionMeetsConditions(error);
@@ -123,13 +123,13 @@ bool SAMLResponse::isValid(ErrorOut error) const {
   return false;
 }
 
-// The status
+// Status
 
 std::vector<std::string> SAMLResponse::statusCodes() const {
   std::vector<std::string> codes;
   const auto status = responseElement_ ? responseElement_->status() : nullptr;
   auto code = status ? status->statusCode() : nullptr;
-  // A code without a value ends the list: a nested one must not pass for the one above it.
+  // A code without a value ends the list: a nested code must not count as the outer one.
   for (; code; code = code->statusCode()) {
     auto value = code->value();
     if (!value) break;

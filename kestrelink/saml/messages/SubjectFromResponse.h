@@ -9,7 +9,7 @@
 namespace kestrelink {
 
 /// The subject of a response given as XML text; null when the text yields none. The response is
-/// read with the schema, or without one when it is null, and is not otherwise judged.
+/// validated unless `schema` is null; its time window and authentication are not checked.
 std::shared_ptr<SAMLSubject> subjectFromResponse(std::string_view response,
                                                  const SharedBytes& schema);
 

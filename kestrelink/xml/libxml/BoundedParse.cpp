@@ -24,7 +24,7 @@ constexpr int kMostEntityReferences = 100;
 constexpr std::size_t kComparisonsOfAnyMessage = 100'000'000;
 constexpr std::size_t kComparisonsPerByte = 20;
 
-// Attributes that the schemas, or XML itself, declare to be of type ID.
+// Attributes that the schemas or XML declare as type ID.
 bool isNameOfIdentifiers(std::string_view name) {
   return name == "ID" || name == "Id" || name == "id";
 }
@@ -79,7 +79,7 @@ XmlDocOwner Parser::parse() {
   return nullptr;
 }
 
-// The encoding is known now, and no tag has been read.
+// Called when the encoding is known and no tag has been read.
 void Parser::startDocument(void* context) noexcept {
   auto* const parser = static_cast<xmlParserCtxt*>(context);
   Parser& self = of(context);
@@ -125,8 +125,7 @@ void Parser::startElement(void* context, const xmlChar* name, const xmlChar* pre
                         defaultedCount, attributes);
 }
 
-// libxml2 hands each attribute on as five pointers: the first to its name, the last two around its
-// value.
+// libxml2 passes each attribute as five pointers: local name, prefix, URI, start and end of value.
 void Parser::count(const xmlParserCtxt& parser, const xmlChar** attributes, int count) {
   for (int index = 0; index < count; ++index) {
     const xmlChar* const* const attribute = attributes + std::ptrdiff_t{5} * index;
@@ -146,7 +145,7 @@ void Parser::countReferences(const xmlParserCtxt& parser, std::string_view value
   }
 }
 
-// What nobody declared has no content: "&amp;" and its like, characters by number, unknown names.
+// Only declared entities count: not predefined ones, character references or unknown names.
 void Parser::countReference(const xmlParserCtxt& parser, const xmlChar* name) {
   const xmlEntity* const entity = xmlGetDocEntity(parser.myDoc, name);
   if (entity != nullptr && entity->etype != XML_INTERNAL_PREDEFINED_ENTITY) ++references_;
@@ -159,7 +158,7 @@ XmlDocOwner boundedParse(const std::string& bytes) {
   ensureLibxmlParser();
   const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
   XmlDocOwner doc = Parser(bytes).parse();
-  route.throwIfOutOfMemory();  // recovery mode keeps what was read before
+  route.throwIfOutOfMemory();  // recovery mode returns a partial tree
   return doc;
 }
 

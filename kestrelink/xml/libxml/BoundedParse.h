@@ -1,4 +1,4 @@
-// Parsing with a bound on what a hostile message can make libxml2 do.
+// Parsing with bounds on time and memory.
 #pragma once
 
 #include <string>
@@ -7,12 +7,12 @@
 
 namespace kestrelink {
 
-/// The tree of a message, read as `xmlReadMemory` does in recovery mode and with no other option:
-/// entities stay unexpanded, no DTD is loaded. Null when libxml2 makes none, or, with a line in the
-/// log, when reading it would take time or memory out of proportion to its size: libxml2 compares
-/// each attribute of a tag with all before it, adds the attributes a document type declares to
-/// every element, looks each prefix up among all namespaces in scope, and keeps the names and the
-/// identifiers of a message in few lists. Such messages have
+/// Parses a message as `xmlReadMemory` does in recovery mode with no other option: entities stay
+/// unexpanded, no DTD is loaded. Null when libxml2 makes no tree, or, with a line in the log, when
+/// parsing would take time or memory out of proportion to the message's size. libxml2 compares each
+/// attribute of a tag with all before it, adds the attributes a document type declares to every
+/// element, looks each prefix up among all namespaces in scope, and keeps the names and the
+/// identifiers of a message in few lists. Refused are messages with
 /// - more than 5,000 attributes in one tag, or so many attributes, namespaces in scope, different
 ///   names or identifiers that the comparisons come to more than a hundred million and twenty for
 ///   every byte;

@@ -8,9 +8,9 @@
 
 namespace kestrelink {
 
-/// A new element node with its subtree, in no document, or absent. It keeps the namespace records
-/// that only its attributes refer to, which libxml2 would not free, and notes on what could not be
-/// written as it was set: when the outermost node goes they are logged, each once, with its count.
+/// A new element node with its subtree, in no document; may be null. It owns the namespace records
+/// that only its attributes refer to, which libxml2 would not free. It also counts what could not
+/// be written as it was set; the outermost node's destructor logs each kind once, with its count.
 class DetachedNode {
  public:
   DetachedNode() = default;
@@ -22,14 +22,14 @@ class DetachedNode {
   explicit operator bool() const { return node_ != nullptr; }
   _xmlNode* get() const { return node_.get(); }
 
-  /// An absent node, and why.
+  /// A null node, with the reason for the log.
   static DetachedNode refused(const char* reason);
 
-  /// The text as it can be written in this node; held by `replacement` when it is another.
+  /// The text as it can be written in this node; stored in `replacement` when it differs.
   const char* writable(const std::string& text, std::string& replacement);
 
-  /// Takes over what the child kept and noted, and makes the child, if it is present, the last
-  /// child; false when libxml2 refuses.
+  /// Takes over the child's records and notes and, unless the child is null, appends it as the last
+  /// child. False when libxml2 refuses.
   bool addChild(DetachedNode child);
 
   /// Keeps the record for as long as the node.
@@ -37,15 +37,15 @@ class DetachedNode {
     attributeNamespaces_.push_back(std::move(attributeNamespace));
   }
 
-  /// Makes the node the root of a document, which keeps all that the node kept; null when either
-  /// is absent.
+  /// Makes the node the root of a document, which then owns the node's records; null when either is
+  /// null.
   static SharedXmlDoc intoDocument(DetachedNode root, XmlDocOwner doc);
 
  private:
   void note(const char* what, int count);
 
   std::vector<std::pair<const char*, int>> notes_;
-  // In this order: the node goes first, then what its attributes refer to.
+  // Order matters: the node is destroyed before the records its attributes refer to.
   std::vector<XmlNsOwner> attributeNamespaces_;
   XmlNodeOwner node_;
 };

@@ -25,8 +25,8 @@ using LibxmlErrorRecord = xmlErrorPtr;
 /// This thread's last error, or null.
 inline const xmlError* libxmlLastError() noexcept { return xmlGetLastError(); }
 
-/// Initialises the parser. What 2.9 does once and takes for done even when memory ran out, its
-/// table of encodings, is made again after it was forgotten.
+/// Initialises the parser. 2.9 treats its table of encodings as complete even when it ran out of
+/// memory; after `libxmlForgetEncodings` it is built again.
 inline void libxmlInitialise() noexcept {
   xmlInitParser();
 #if LIBXML_VERSION < 21000
@@ -62,7 +62,7 @@ inline xmlParserInput* libxmlStreamOver(xmlParserCtxt* context, const char* text
 
 #if LIBXML_VERSION < 21200
 
-/// All that the parser has not read yet, in UTF-8, whatever the message's encoding.
+/// The input that the parser has not read yet, converted to UTF-8.
 inline std::string_view libxmlTextAhead(xmlParserInput& input) noexcept {
   if (input.buf != nullptr && input.buf->encoder != nullptr) {
     const std::ptrdiff_t read = input.cur - input.base;
@@ -77,10 +77,10 @@ inline std::string_view libxmlTextAhead(xmlParserInput& input) noexcept {
           static_cast<std::size_t>(input.end - input.cur)};
 }
 
-/// What the names of one tag cost, counted in comparisons: each attribute and each namespace is
-/// compared with those before it, each prefix with the namespaces in scope, and each name and
-/// identifier with a list out of the few thousand that hold all names, or all identifiers, of the
-/// message, which lie far apart in memory.
+/// The cost of one tag's names, in comparisons. libxml2 compares each attribute and namespace with
+/// those before it, each prefix with the namespaces in scope, and each name and identifier with one
+/// hash chain. There are few thousand chains for all names, or all identifiers, of a message, and
+/// their entries lie far apart in memory.
 inline std::size_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceCount,
                                      int attributeCount,
                                      std::size_t identifiersOfMessage) noexcept {
@@ -89,8 +89,8 @@ inline std::size_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceC
   const auto inScope = static_cast<std::size_t>(parser.nsNr) / 2;
   constexpr std::size_t kListsOfNames = 4608, kFarApart = 50;
   const auto inList = static_cast<std::size_t>(xmlDictSize(parser.dict)) / kListsOfNames;
-  // An identifier is compared with half of a list, entry and text, when the schema is applied. It
-  // is counted for every tag: one without an identifier is no reason to be exact.
+  // During validation an identifier is compared with half of a chain, entry and text. Counted for
+  // every tag, also for those without an identifier: an upper bound is enough.
   constexpr std::size_t kListsOfIdentifiers = 16384;
   const std::size_t identifiersInList = identifiersOfMessage / kListsOfIdentifiers;
   return (namespaces * namespaces + attributes * attributes) / 2 +

@@ -11,15 +11,15 @@
 namespace kestrelink {
 namespace {
 
-// A hostile message can hold an error in every byte.
+// A hostile message can have an error in every byte, so the log is limited.
 constexpr int kMostLines = 8;
 
 std::array<int, 4> identityOf(const xmlError& error) {
   return {error.domain, error.code, error.line, error.int2};
 }
 
-// libxml2 gives the code of memory to texts beyond its own limits, too: to a text and an attribute
-// of ten megabytes, to sets and URLs. A hostile message must not pass for a machine without memory.
+// libxml2 also reports texts, attributes, node sets and URLs beyond its own limits with the code
+// for out of memory. A hostile message must not be reported as out of memory.
 bool isLimit(const xmlError& error) {
   const std::string_view message = error.message == nullptr ? "" : error.message;
   constexpr std::string_view kLimits[] = {"huge", "overflow", "too long", "limit"};
@@ -44,8 +44,8 @@ LibxmlErrorRoute::LibxmlErrorRoute(During during) noexcept
       genericContextBefore_(xmlGenericErrorContext) {
   xmlSetStructuredErrorFunc(this, during == During::parsing ? &structured : nullptr);
   xmlSetGenericErrorFunc(this, &generic);
-  // `generic` would report an old error as a new one, and libxml2 takes an old I/O error for the
-  // reason why an import is missing, and compiles the schema without it.
+  // `generic` would report an old error again. After an old I/O error libxml2 also compiles a
+  // schema without a missing import.
   xmlResetLastError();
 }
 
@@ -68,7 +68,7 @@ void LibxmlErrorRoute::structured(void* route, LibxmlErrorRecord error) noexcept
   if (error != nullptr) static_cast<LibxmlErrorRoute*>(route)->report(*error);
 }
 
-// libxml2 calls this several times for one error, with pieces of its text; the record says more.
+// libxml2 calls this several times for one error, with pieces of its text. The record is complete.
 void LibxmlErrorRoute::generic(void* route, const char* /*format*/, ...) noexcept {
   const xmlError* const error = libxmlLastError();
   auto* const self = static_cast<LibxmlErrorRoute*>(route);
@@ -76,7 +76,7 @@ void LibxmlErrorRoute::generic(void* route, const char* /*format*/, ...) noexcep
 }
 
 void LibxmlErrorRoute::report(const xmlError& error) noexcept {
-  // An attribute that is too long is reported twice, the second time as memory.
+  // An attribute that is too long is reported twice, the second time as out of memory.
   const bool isTooLong = isLimit(error) || lastReported_[1] == XML_ERR_ATTRIBUTE_NOT_FINISHED;
   if (error.code == XML_ERR_NO_MEMORY && !isTooLong) outOfMemory_ = true;
   lastReported_ = identityOf(error);

@@ -6,17 +6,17 @@
 
 namespace kestrelink {
 
-/// While it lives, what libxml2 would print on standard error for this thread goes to the
-/// diagnostic log instead, as domain, code and line: its own text would quote the message. The
-/// handlers the thread had are back afterwards.
+/// While it lives, libxml2's errors on this thread go to the diagnostic log instead of standard
+/// error, as domain, code and line: libxml2's own text would quote the message. The destructor
+/// restores the thread's handlers.
 ///
-/// It also notices when memory runs out: libxml2 then often goes on with less than it was given,
-/// and returns a tree, a schema or a set that lacks something.
+/// It also detects that libxml2 ran out of memory: libxml2 then often continues and returns an
+/// incomplete tree, schema or node set.
 class LibxmlErrorRoute {
  public:
   enum class During {
-    parsing,  // also XPath: libxml2's errors come to us alone
-    schema,   // the schema callbacks report, so libxml2 must not prefer a structured handler
+    parsing,  // also XPath: a structured handler receives libxml2's errors
+    schema,   // no structured handler: libxml2 would call it instead of the schema callbacks
   };
 
   explicit LibxmlErrorRoute(During during) noexcept;
@@ -25,9 +25,9 @@ class LibxmlErrorRoute {
   LibxmlErrorRoute& operator=(const LibxmlErrorRoute&) = delete;
 
   bool outOfMemory() const { return outOfMemory_; }
-  /// Throws std::bad_alloc if so.
+  /// Throws `std::bad_alloc` if `outOfMemory`.
   void throwIfOutOfMemory() const;
-  /// Lets the latest route of this thread know that memory ran out in a callback of ours.
+  /// Tells the latest route of this thread that a callback of ours ran out of memory.
   static void noteOutOfMemory() noexcept;
 
  private:

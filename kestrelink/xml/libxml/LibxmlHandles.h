@@ -1,4 +1,4 @@
-// Owners of libxml2's handles. No other file frees one.
+// Owners of libxml2's handles. Only `LibxmlFree` calls libxml2's free functions.
 #pragma once
 
 #include <memory>
@@ -43,10 +43,10 @@ using XmlSchemaValidatorOwner = std::unique_ptr<_xmlSchemaValidCtxt, LibxmlFree>
 using XmlXPathContextOwner = std::unique_ptr<_xmlXPathContext, LibxmlFree>;
 using XmlXPathObjectOwner = std::unique_ptr<_xmlXPathObject, LibxmlFree>;
 
-/// A libxml2 tree that outlives whoever made it for as long as somebody reads it.
+/// A libxml2 tree with shared ownership.
 using SharedXmlDoc = std::shared_ptr<_xmlDoc>;
 
-/// A node together with the tree it is in; `doc` is null for a node that is in none.
+/// A node and the tree it belongs to; `doc` is null for a node without a document.
 struct XmlNodeRef {
   SharedXmlDoc doc;
   _xmlNode* node = nullptr;

@@ -13,7 +13,7 @@ namespace kestrelink {
 
 namespace {
 
-// libxml2 says nothing when a type it made finds no room in its table.
+// libxml2 reports no error when it runs out of memory while it adds a type to its table.
 bool allSchemaTypesThere() {
   for (int value = XML_SCHEMAS_STRING; value <= XML_SCHEMAS_ANYSIMPLETYPE; ++value) {
     const xmlSchemaType* const type = xmlSchemaGetBuiltInType(static_cast<xmlSchemaValType>(value));
@@ -26,7 +26,7 @@ bool allSchemaTypesThere() {
 
 }  // namespace
 
-// What ran out of memory is done again by the next call: libxml2 itself takes it for done.
+// If setup ran out of memory, the next call retries. libxml2 alone would treat it as done.
 
 void ensureLibxmlParser() {
   static std::once_flag once;

@@ -1,4 +1,4 @@
-// Between libxml2's characters and ours: the same UTF-8 bytes under two types.
+// Conversions between xmlChar and char; both are UTF-8.
 #pragma once
 
 #include <optional>
@@ -15,7 +15,7 @@ inline std::string_view viewOf(const xmlChar* text) {
   return text == nullptr ? std::string_view() : reinterpret_cast<const char*>(text);
 }
 
-/// Absent also for bytes that are not UTF-8, which libxml2 lets into a tree in recovery mode.
+/// `std::nullopt` for null, and for bytes that are not UTF-8, which recovery mode lets into a tree.
 inline std::optional<std::string> textOf(const xmlChar* text) {
   if (text == nullptr || !isUtf8(viewOf(text))) return std::nullopt;
   return std::string(viewOf(text));

@@ -1,4 +1,4 @@
-// Looks for a tag that libxml2 would take too long to read.
+// Finds tags that libxml2 would take too long to parse.
 #pragma once
 
 #include <cstddef>
@@ -6,12 +6,12 @@
 
 namespace kestrelink {
 
-/// Whether so many bytes have room for a tag with more attributes than that.
+/// Whether a message of so many bytes is long enough for a tag with more attributes than that.
 bool mayHoldTagWithMoreAttributes(std::size_t bytes, std::size_t attributes);
 
-/// Whether some tag of the message, in UTF-8, has more attributes than that; what only looks like
-/// one in a text, a comment, a CDATA section, a processing instruction or a quoted value does not
-/// count. A message that is damaged where it matters may count as having one.
+/// Whether some tag of the message, in UTF-8, has more attributes than that. Text that looks like a
+/// tag inside a comment, a CDATA section, a processing instruction or a quoted value does not
+/// count. May return true for a malformed message without such a tag.
 bool hasTagWithMoreAttributes(std::string_view message, std::size_t attributes);
 
 }  // namespace kestrelink

@@ -21,7 +21,7 @@ bool isXmlCharacter(char32_t character) {
   return character != U'\uFFFE' && character != U'\uFFFF';
 }
 
-// ASCII that needs no further look: most of what is written. (Objects, for algorithms to inline.)
+// ASCII that needs no check: most of what is written. (Function objects, so that they inline.)
 constexpr auto isPlain = [](char byte) {
   return (byte >= ' ' && byte < '\x7F') || byte == '\n' || byte == '\t';
 };
@@ -65,7 +65,7 @@ bool isName(std::string_view name, bool colonAllowed) {
 
 constexpr std::size_t kLongestReference = std::string_view("&#1114111;").size();
 
-// XML 1.0, productions 66 (CharRef) and 68 for the entities that every document has.
+// XML 1.0, production 66 (CharRef), or 68 (EntityRef) of a predefined entity.
 bool isCharacterReference(std::string_view text) {
   const std::string_view name = text.substr(1, text.find(';') - 1);
   if (name.size() + 2 > text.size()) return false;

@@ -7,9 +7,9 @@
 
 namespace kestrelink {
 
-/// What to write for a text that cannot be written as it is, so that whatever a client sets yields
-/// a message that can be read: the text with every character that XML forbids, and every byte that
-/// is not UTF-8, replaced by U+FFFD. Absent for a text that can.
+/// The text with every character that XML forbids, and every byte that is not UTF-8, replaced by
+/// U+FFFD, so that every text a client sets yields a well-formed message. `std::nullopt` when
+/// nothing has to be replaced.
 std::optional<std::string> replacementFor(std::string_view text);
 
 /// The same for the name of a namespace, which libxml2 before 2.13 writes as it is: "<", and every
