@@ -14,6 +14,8 @@
 #include <libxml/parser.h>
 #include <libxml/xmlsave.h>
 
+#include "kestrelink/xml/libxml/LibxmlCompat.h"
+
 #include "tests/support/Support.h"
 
 extern char** environ;
@@ -38,7 +40,7 @@ TEST(Host, TheEnvironmentsLocaleAndTimeZoneAreReallyThere) {
 }
 
 void hostsHandler(void* /*context*/, const char* /*format*/, ...) {}
-void hostsStructured(void* /*context*/, xmlErrorPtr /*error*/) {}
+void hostsStructured(void* /*context*/, LibxmlErrorRecord /*error*/) {}
 
 // Everything of the process that a library could disturb, as text.
 std::string processState() {
@@ -63,9 +65,12 @@ std::string processState() {
   state << reinterpret_cast<void*>(xmlGenericError) << xmlGenericErrorContext
         << reinterpret_cast<void*>(xmlStructuredError) << xmlStructuredErrorContext
         << xmlKeepBlanksDefaultValue << xmlGetWarningsDefaultValue << xmlLineNumbersDefaultValue
-        << xmlLoadExtDtdDefaultValue << xmlPedanticParserDefaultValue << xmlParserDebugEntities
+        << xmlLoadExtDtdDefaultValue << xmlPedanticParserDefaultValue
         << xmlSubstituteEntitiesDefaultValue << xmlDoValidityCheckingDefaultValue
         << xmlIndentTreeOutput << xmlSaveNoEmptyTags << xmlBufferAllocScheme;
+#if LIBXML_VERSION < 21400
+  state << xmlParserDebugEntities;
+#endif
   return state.str();
 }
 

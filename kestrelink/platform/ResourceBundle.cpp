@@ -59,8 +59,8 @@ std::string fileMappedAt(const void* address) {
   while (maps && ::getline(&line.text, &line.size, maps.get()) > 0) {
     const std::string_view text(line.text);  // "first-last rwxp offset device inode   path\n"
     char* end = nullptr;
-    const std::uintptr_t first = std::strtoull(line.text, &end, 16);
-    const std::uintptr_t last = *end == '-' ? std::strtoull(end + 1, &end, 16) : 0;
+    const std::uintptr_t first = std::strtoul(line.text, &end, 16);
+    const std::uintptr_t last = *end == '-' ? std::strtoul(end + 1, &end, 16) : 0;
     const auto here = reinterpret_cast<std::uintptr_t>(address);
     const std::size_t slash = text.find('/');
     if (here < first || here >= last || slash == std::string_view::npos) continue;

@@ -92,7 +92,7 @@ class WithoutUrl {
 
  private:
   xmlDoc& doc_;
-  const xmlChar* url_;
+  decltype(xmlDoc::URL) url_;
 };
 
 void XMLWSchemaValidityErrorFunc(void* context, const char* message, ...) noexcept {

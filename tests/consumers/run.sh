@@ -49,7 +49,7 @@ if [ "$kind" = odd_path ]; then
     (cd "$copy" && cmake $step) >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
   done
   "$copy/installed/bin/ksaml" read "$answer" | tee "$work/out"
-  ! grep -q "not validated" "$work/out"
+  if grep -q "not validated" "$work/out"; then exit 1; fi
   gzip -t "$copy"/installed/share/doc/*/changelog.gz
   exit
 fi
@@ -65,8 +65,7 @@ case $kind in
     ;;
   static)
     configure static -DCMAKE_PREFIX_PATH="$prefix"
-    ! ldd "$work/build/consumer" | grep -q kestrelink
-    ! ldd "$work/build/standard" | grep -q kestrelink
+    if ldd "$work"/build/{consumer,standard} | grep 'libkestrelink.*=>'; then exit 1; fi
     run_both "$work/build" "$work/build/share"
     ;;
   plugin)
