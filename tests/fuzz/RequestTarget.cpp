@@ -1,8 +1,4 @@
 #include <functional>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include <libxml/parser.h>
 
@@ -120,12 +116,7 @@ void logout(const SAMLParserController& controller, Fields fields) {
 }  // namespace
 
 void requests(std::string_view input) {
-  static const auto controller = [] {
-    auto made = std::make_unique<SAMLParserController>();
-    made->setSchemaData(nullptr);
-    return made;
-  }();
-  for (const auto make : {authn, attributes, authz, logout}) make(*controller, Fields(input));
+  for (const auto make : {authn, attributes, authz, logout}) make(withoutSchema(), Fields(input));
 }
 
 }  // namespace fuzz

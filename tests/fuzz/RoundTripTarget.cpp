@@ -1,7 +1,3 @@
-#include <memory>
-#include <optional>
-#include <string>
-
 #include "kestrelink/platform/Text.h"
 #include "kestrelink/saml/elements/SAMLElementClasses.h"
 #include "kestrelink/saml/elements/SAMLSignature.h"

@@ -4,6 +4,8 @@
 
 #include <string_view>
 
+#include "kestrelink/saml/SAMLParserController.h"
+
 namespace fuzz {
 
 void responseWithSchema(std::string_view input);
@@ -24,6 +26,9 @@ void requests(std::string_view input);
 
 /// Once, before any target runs.
 void start();
+
+/// A controller that reads any well-formed message.
+const kestrelink::SAMLParserController& withoutSchema();
 
 /// Ends the process, naming what did not hold.
 void require(bool holds, const char* what);

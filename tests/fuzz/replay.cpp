@@ -4,7 +4,6 @@
 // multiplied.
 #include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <random>
 #include <string>
@@ -14,7 +13,9 @@
 
 namespace {
 
-const std::map<std::string, std::function<void(std::string_view)>> kTargets = {
+using Target = void (*)(std::string_view);
+
+const std::map<std::string, Target> kTargets = {
     {"responseWithSchema", fuzz::responseWithSchema},
     {"responseWithoutSchema", fuzz::responseWithoutSchema},
     {"documentAndXpath", fuzz::documentAndXpath},
@@ -22,9 +23,7 @@ const std::map<std::string, std::function<void(std::string_view)>> kTargets = {
     {"everyAccessor", fuzz::everyAccessor},
     {"requests", fuzz::requests}};
 
-using Target = std::function<void(std::string_view)>;
-
-int runDamaged(const Target& target, const std::string& text) {
+int runDamaged(Target target, const std::string& text) {
   constexpr int kTimes = 200;
   if (text.empty()) return 0;
   std::mt19937 random(static_cast<std::mt19937::result_type>(text.size()));
@@ -43,20 +42,17 @@ struct Options {
   int scale = 1;
 };
 
-int run(const Target& target, const std::filesystem::path& path, const Options& options) {
+int run(Target target, const std::filesystem::path& path, const Options& options) {
+  int count = 0;
   if (std::filesystem::is_directory(path)) {
-    int count = 0;
     for (const auto& entry : std::filesystem::directory_iterator(path)) {
       count += run(target, entry.path(), options);
     }
     return count;
   }
-  if (!std::filesystem::is_regular_file(path)) {
-    std::fprintf(stderr, "no file: %s\n", path.c_str());
-    return 0;
-  }
-  const std::string text = fuzz::attack(path, options.scale);
   std::fprintf(stderr, "%s\n", path.c_str());
+  if (!std::filesystem::is_regular_file(path)) return count;
+  const std::string text = fuzz::attack(path, options.scale);
   target(text);
   return 1 + (options.damaged ? runDamaged(target, text) : 0);
 }
