@@ -1,12 +1,6 @@
 #include <libxml/tree.h>
 
-#include "kestrelink/saml/KestrelinkSAML.h"
-#include "kestrelink/saml/elements/SAMLAttributeQueryElement.h"
-#include "kestrelink/saml/elements/SAMLAuthNRequestElement.h"
-#include "kestrelink/saml/elements/SAMLAuthZDecisionQueryElement.h"
 #include "kestrelink/saml/elements/SAMLElementClasses.h"
-#include "kestrelink/saml/elements/SAMLEvidence.h"
-#include "kestrelink/saml/elements/SAMLLogoutRequestElement.h"
 #include "kestrelink/xml/libxml/DetachedNode.h"
 
 #include "tests/fuzz/Targets.h"

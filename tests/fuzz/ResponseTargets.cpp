@@ -1,7 +1,6 @@
 #include <libxml/parser.h>
 
 #include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
-#include "kestrelink/xml/libxml/LibxmlHandles.h"
 
 #include "tests/fuzz/Answers.h"
 #include "tests/fuzz/Targets.h"

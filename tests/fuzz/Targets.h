@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "kestrelink/saml/SAMLParserController.h"
+#include "kestrelink/saml/KestrelinkSAML.h"
 
 namespace fuzz {
 
@@ -20,8 +20,8 @@ void roundTrip(std::string_view input);
 /// Every element of the document, read as every class, and every accessor of it.
 void everyAccessor(std::string_view input);
 
-/// The lines of the input are the fields of the four requests; the last one, to the end, is the
-/// answer whose subject is taken.
+/// Three lines are what the four requests are filled with; the rest is the response whose subject
+/// they take.
 void requests(std::string_view input);
 
 /// Once, before any target runs.

@@ -37,24 +37,19 @@ int runDamaged(Target target, const std::string& text) {
   return 2 * kTimes;
 }
 
-struct Options {
-  bool damaged = false;
-  int scale = 1;
-};
-
-int run(Target target, const std::filesystem::path& path, const Options& options) {
+int run(Target target, const std::filesystem::path& path, bool damaged, int scale) {
   int count = 0;
   if (std::filesystem::is_directory(path)) {
     for (const auto& entry : std::filesystem::directory_iterator(path)) {
-      count += run(target, entry.path(), options);
+      count += run(target, entry.path(), damaged, scale);
     }
     return count;
   }
   std::fprintf(stderr, "%s\n", path.c_str());
   if (!std::filesystem::is_regular_file(path)) return count;
-  const std::string text = fuzz::attack(path, options.scale);
+  const std::string text = fuzz::attack(path, scale);
   target(text);
-  return 1 + (options.damaged ? runDamaged(target, text) : 0);
+  return 1 + (damaged ? runDamaged(target, text) : 0);
 }
 
 }  // namespace
@@ -67,16 +62,16 @@ int main(int count, char** arguments) {
     return 2;
   }
   fuzz::start();
-  int replayed = 0;
-  Options options;
+  int replayed = 0, scale = 1;
+  bool damaged = false;
   for (int index = 2; index < count; ++index) {
     const std::string argument = arguments[index];
     if (argument == "--damaged") {
-      options.damaged = true;
+      damaged = true;
     } else if (argument.starts_with("--scale=")) {
-      options.scale = std::stoi(argument.substr(argument.find('=') + 1));
+      scale = std::stoi(argument.substr(argument.find('=') + 1));
     } else {
-      replayed += run(target->second, argument, options);
+      replayed += run(target->second, argument, damaged, scale);
     }
   }
   std::printf("%s: %d inputs\n", target->first.c_str(), replayed);

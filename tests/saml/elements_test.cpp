@@ -94,33 +94,26 @@ TEST(Assertion, Audience) {
   EXPECT_FALSE(root<SAMLAssertion>("<Assertion/>")->isValidForRequestor(""));
 }
 
-// Time: each row at 2020-01-01T00:00:00Z, and half a second later.
+// Each row at 2020-01-01T00:00:00Z, and half a second later.
 TEST(Conditions, TimeWindow) {
-  struct Row {
-    const char* attributes;
-    bool met, metHalfASecondLater;
+  const std::pair<const char*, bool> rows[] = {
+      {"", true},
+      {"NotBefore='2020-01-01T00:00:00Z'", true},
+      {"NotBefore='2020-01-01T00:00:01Z'", false},
+      {"NotOnOrAfter='2020-01-01T00:00:00Z'", false},
+      {"NotOnOrAfter='2020-01-01T00:00:01Z'", true},
+      {"NotBefore='2019-01-01T00:00:00Z' NotOnOrAfter='9999-12-31T23:59:59Z'", true},
+      {"NotBefore='2021-01-01T00:00:00Z' NotOnOrAfter='2022-01-01T00:00:00Z'", false},
+      {"NotOnOrAfter='2019-01-01T00:00:00.5Z'", true},  // does not parse: no restriction
+      {"NotBefore='2030-01-01T00:00:00+01:00'", true},  // nor this
   };
-  const Row rows[] = {
-      {"", true, true},
-      {"NotBefore='2020-01-01T00:00:00Z'", true, true},
-      {"NotBefore='2020-01-01T00:00:01Z'", false, false},
-      {"NotOnOrAfter='2020-01-01T00:00:00Z'", false, false},
-      {"NotOnOrAfter='2020-01-01T00:00:01Z'", true, true},
-      {"NotOnOrAfter='2019-12-31T23:59:59Z'", false, false},
-      {"NotBefore='2019-01-01T00:00:00Z' NotOnOrAfter='9999-12-31T23:59:59Z'", true, true},
-      {"NotBefore='2021-01-01T00:00:00Z' NotOnOrAfter='2022-01-01T00:00:00Z'", false, false},
-      {"NotOnOrAfter='2019-01-01T00:00:00.5Z'", true, true},  // does not parse: no restriction
-      {"NotBefore='2030-01-01T00:00:00+01:00'", true, true},  // nor this
-  };
-  for (const Row& row : rows) {
-    const auto conditions =
-        root<SAMLConditions>(std::string("<Conditions ") + row.attributes + "/>");
-    for (const bool later : {false, true}) {
-      const StandingClock clock("2020-01-01T00:00:00Z", std::chrono::milliseconds(later ? 500 : 0));
-      const bool met = later ? row.metHalfASecondLater : row.met;
+  for (const auto& [attributes, met] : rows) {
+    for (const int later : {0, 500}) {
+      const StandingClock clock("2020-01-01T00:00:00Z", std::chrono::milliseconds(later));
       std::optional<ErrorInfo> error;
-      EXPECT_EQ(conditions->assertionMeetsConditions(&error), met) << row.attributes;
-      EXPECT_EQ(text(error), met ? "none" : "SAMLParserErrorDomain 401") << row.attributes;
+      const auto conditions = root<SAMLConditions>("<Conditions " + std::string(attributes) + "/>");
+      EXPECT_EQ(conditions->assertionMeetsConditions(&error), met) << attributes;
+      EXPECT_EQ(text(error), met ? "none" : "SAMLParserErrorDomain 401") << attributes;
     }
   }
 }
@@ -129,7 +122,6 @@ TEST(AuthNStatement, ValidUntilItsSessionEnds) {
   const std::pair<const char*, bool> rows[] = {
       {"SessionNotOnOrAfter='2020-01-01T00:00:01Z'", true},
       {"SessionNotOnOrAfter='2020-01-01T00:00:00Z'", false},
-      {"SessionNotOnOrAfter='2019-12-31T23:59:59Z'", false},
       {"SessionNotOnOrAfter='2030-01-01T00:00:00.5Z'", false},
       {"NotOnOrAfter='2030-01-01T00:00:00Z'", false},
   };
@@ -174,11 +166,9 @@ TEST(OwnOrder, WritesAllOrNothing) {
   for (const auto& [xml, expected] : rows) {
     const auto element = root(xml);
     const std::size_t children = element->elements().size();
-    EXPECT_EQ(element->xmlString(), expected) << xml;
-    EXPECT_EQ(element->xmlString(), expected) << "written twice: " << xml;
-    if (!expected) {
-      EXPECT_EQ(element->elements().size(), children) << "nothing dropped: " << xml;
-    }
+    for (const auto time : {"once", "twice"})
+      EXPECT_EQ(element->xmlString(), expected) << xml << time;
+    EXPECT_TRUE(expected || element->elements().size() == children) << "nothing dropped: " << xml;
   }
   EXPECT_EQ(LogCapture::lines().size(), 8u);
 }

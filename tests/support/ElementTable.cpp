@@ -3,12 +3,6 @@
 #include <algorithm>
 
 #include "kestrelink/saml/KestrelinkSAML.h"
-#include "kestrelink/saml/elements/SAMLAttributeQueryElement.h"
-#include "kestrelink/saml/elements/SAMLAuthNRequestElement.h"
-#include "kestrelink/saml/elements/SAMLAuthZDecisionQueryElement.h"
-#include "kestrelink/saml/elements/SAMLEvidence.h"
-#include "kestrelink/saml/elements/SAMLKeyInfo.h"
-#include "kestrelink/saml/elements/SAMLLogoutRequestElement.h"
 
 #include "tests/support/Shown.h"
 
