@@ -1,7 +1,5 @@
 #include "tests/fuzz/Answers.h"
 
-#include <algorithm>
-
 #include <utf8.h>
 
 #include "kestrelink/saml/elements/SAMLDateText.h"
@@ -25,9 +23,21 @@ bool isReadable(const xmlNode* node) {
 }
 
 std::string_view withoutBlanksAround(std::string_view text) {
-  const char* const blanks = " \t\r\n\v\f";
-  const std::size_t first = std::min(text.find_first_not_of(blanks), text.size());
-  return text.substr(first, text.find_last_not_of(blanks) + 1 - first);
+  // The characters with Unicode's property White_Space.
+  static const std::string_view blanks[] = {
+      " ",      "\t",     "\n",     "\v",     "\f",     "\r",     "\u0085", "\u00A0", "\u1680",
+      "\u2000", "\u2001", "\u2002", "\u2003", "\u2004", "\u2005", "\u2006", "\u2007", "\u2008",
+      "\u2009", "\u200A", "\u2028", "\u2029", "\u202F", "\u205F", "\u3000"};
+  for (bool again = true; again;) {
+    again = false;
+    for (const std::string_view blank : blanks) {
+      const bool before = text.starts_with(blank), after = !before && text.ends_with(blank);
+      if (before) text.remove_prefix(blank.size());
+      if (after) text.remove_suffix(blank.size());
+      again = again || before || after;
+    }
+  }
+  return text;
 }
 
 Nodes childrenOf(const xmlNode* parent, std::string_view name) {
