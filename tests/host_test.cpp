@@ -76,7 +76,7 @@ std::string processState() {
 
 void useEverything() {
   const auto& controller = SAMLParserController::sharedInstance();
-  const std::string good = file("examples/answer.xml");
+  const std::string good = file("tests/fixtures/answer.xml");
   std::vector<std::string> texts = {
       good,
       "MARKER\xFF",

@@ -44,7 +44,7 @@ std::string verdict(const std::string& message, bool asClient) {
   return "accepted, of " + (who ? who->substr(0, 40) : "nobody");
 }
 
-TEST(Attacks, HaveTheirVerdicts) {
+TEST(Attacks, GoldenVerdicts) {
   const LogCapture log;
   std::string verdicts =
       "# What becomes of each file of this folder: as a client reads it, with the schema but not "
@@ -81,7 +81,7 @@ TEST(Attacks, EndSoonAndTakeLittleMemory) {
 void readAll(const std::function<std::string(const std::string&, std::size_t)>& damaged) {
   constexpr std::size_t kStep = kSanitized ? 29 : 1;
   fuzz::start();
-  const std::string sample = file("examples/answer.xml");
+  const std::string sample = file("tests/fixtures/answer.xml");
   for (std::size_t at = 0; at < sample.size(); ++at) {
     const std::string message = damaged(sample, at);
     fuzz::responseWithoutSchema(message);

@@ -12,7 +12,7 @@ fi
 trace=$(mktemp)
 trap 'rm -f "$trace"' EXIT
 strace -f -qq -e trace=open,openat,openat2,creat,execve,%network -o "$trace" \
-  "$program" --gtest_filter='Attacks.HaveTheirVerdicts' >/dev/null 2>&1
+  "$program" --gtest_filter='Attacks.GoldenVerdicts' >/dev/null 2>&1
 
 # From the first attack on.
 during=$(sed -n '\|tests/attacks|,$p' "$trace")

@@ -4,7 +4,7 @@
 set -euo pipefail
 kind=$1 source=$2 build=$3 cxx=$4
 work=$build/consumers/$kind
-answer=$source/examples/answer.xml
+answer=$source/tests/fixtures/answer.xml
 rm -rf "$work"
 mkdir -p "$work"
 

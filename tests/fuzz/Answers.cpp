@@ -1,11 +1,5 @@
 #include "tests/fuzz/Answers.h"
 
-#include <cctype>
-#include <cstring>
-#include <map>
-#include <optional>
-#include <vector>
-
 #include <utf8.h>
 
 #include "kestrelink/saml/elements/SAMLDateText.h"
@@ -15,151 +9,123 @@ namespace {
 
 using Text = std::optional<std::string>;
 using Texts = std::vector<std::string>;
+using Nodes = std::vector<const xmlNode*>;
 
-struct Answers {
-  Text issuer, nameId, sessionIndex, sessionEnd;
-  Texts statusCodes;
-  std::map<std::string, Texts> attributes;
-
-  std::string text() const {
-    std::string all;
-    const auto add = [&all](const char* what, const Text& text) {
-      all.append(what).append(text ? " [" + *text + "]\n" : " absent\n");
-    };
-    add("issuer", issuer);
-    add("subject", nameId);
-    add("session index", sessionIndex);
-    add("session end", sessionEnd);
-    for (const std::string& code : statusCodes) add("status", code);
-    for (const auto& [name, values] : attributes) {
-      add("attribute", name);
-      for (const std::string& value : values) add("  value", value);
-    }
-    return all;
-  }
-};
+Texts listOf(const Text& text) { return text ? Texts{*text} : Texts(); }
 
 std::string_view view(const xmlChar* text) {
   return text == nullptr ? "" : reinterpret_cast<const char*>(text);
 }
 
-bool isUtf8(std::string_view text) { return utf8::is_valid(text.begin(), text.end()); }
-
-std::string withoutBlanksAround(std::string_view text) {
-  const char* const blanks = " \t\r\n\v\f";
-  const std::size_t first = text.find_first_not_of(blanks);
-  if (first == std::string_view::npos) return {};
-  return std::string(text.substr(first, text.find_last_not_of(blanks) - first + 1));
+bool isReadable(const xmlNode* node) {
+  const std::string_view text = node && node->type == XML_TEXT_NODE ? view(node->content) : "\xFF";
+  return utf8::is_valid(text.begin(), text.end());
 }
 
-std::vector<const xmlNode*> childrenOf(const xmlNode* parent, std::string_view name) {
-  std::vector<const xmlNode*> found;
-  if (parent == nullptr) return found;
-  for (const xmlNode* child = parent->children; child != nullptr; child = child->next) {
+std::string_view withoutBlanksAround(std::string_view text) {
+  // The characters with Unicode's property White_Space.
+  static const std::string_view blanks[] = {
+      " ",      "\t",     "\n",     "\v",     "\f",     "\r",     "\u0085", "\u00A0", "\u1680",
+      "\u2000", "\u2001", "\u2002", "\u2003", "\u2004", "\u2005", "\u2006", "\u2007", "\u2008",
+      "\u2009", "\u200A", "\u2028", "\u2029", "\u202F", "\u205F", "\u3000"};
+  for (bool again = true; again;) {
+    again = false;
+    for (const std::string_view blank : blanks) {
+      const bool before = text.starts_with(blank), after = !before && text.ends_with(blank);
+      if (before) text.remove_prefix(blank.size());
+      if (after) text.remove_suffix(blank.size());
+      again = again || before || after;
+    }
+  }
+  return text;
+}
+
+Nodes childrenOf(const xmlNode* parent, std::string_view name) {
+  Nodes found;
+  for (const xmlNode* child = parent ? parent->children : nullptr; child; child = child->next) {
     if (child->type == XML_ELEMENT_NODE && view(child->name) == name) found.push_back(child);
   }
   return found;
 }
 
 const xmlNode* childOf(const xmlNode* parent, std::string_view name) {
-  const auto found = childrenOf(parent, name);
+  const Nodes found = childrenOf(parent, name);
   return found.empty() ? nullptr : found.front();
 }
 
 Text textOf(const xmlNode* element) {
   std::string text;
-  if (element == nullptr) return std::nullopt;
-  for (const xmlNode* child = element->children; child != nullptr; child = child->next) {
-    if (child->type != XML_TEXT_NODE || !isUtf8(view(child->content))) continue;
-    text += withoutBlanksAround(view(child->content));
+  for (const xmlNode* child = element ? element->children : nullptr; child; child = child->next) {
+    if (isReadable(child)) text += withoutBlanksAround(view(child->content));
   }
   return text.empty() ? std::nullopt : Text(text);
 }
 
 Text attributeOf(const xmlNode* element, std::string_view name) {
   Text value;
-  for (const xmlAttr* attribute = element->properties; attribute; attribute = attribute->next) {
+  for (const xmlAttr* attribute = element ? element->properties : nullptr; attribute;
+       attribute = attribute->next) {
     if (view(attribute->name) != name) continue;
     const xmlNode* const first = attribute->children;
-    const bool readable =
-        first != nullptr && first->type == XML_TEXT_NODE && isUtf8(view(first->content));
-    value = readable ? Text(view(first->content)) : std::nullopt;
+    value = isReadable(first) ? Text(view(first->content)) : std::nullopt;
   }
   return value;
 }
 
-Text dateText(const std::optional<kestrelink::SAMLDate>& date) {
-  return kestrelink::SAMLStringFromDate(date);
-}
-
-Texts statusCodesBelow(const xmlNode* root) {
+Texts statusCodesOf(const xmlNode* root) {
   Texts codes;
   const xmlNode* code = childOf(childOf(root, "Status"), "StatusCode");
-  for (; code != nullptr; code = childOf(code, "StatusCode")) {
-    if (Text value = attributeOf(code, "Value")) codes.push_back(*value);
+  for (; const Text value = attributeOf(code, "Value"); code = childOf(code, "StatusCode")) {
+    codes.push_back(*value);
   }
   return codes;
 }
 
-std::map<std::string, Texts> attributesOf(const xmlNode* assertion) {
-  std::map<std::string, Texts> attributes;
+void addAttributes(const xmlNode* assertion, Answers& answers) {
   for (const xmlNode* attribute :
        childrenOf(childOf(assertion, "AttributeStatement"), "Attribute")) {
     const Text name = attributeOf(attribute, "Name");
     if (!name) continue;
-    Texts& values = attributes[*name];
-    values.clear();
+    Texts& values = answers["attribute " + *name] = {};
     for (const xmlNode* value : childrenOf(attribute, "AttributeValue")) {
-      if (Text text = textOf(value)) values.push_back(*text);
+      if (const Text text = textOf(value)) values.push_back(*text);
     }
   }
-  return attributes;
-}
-
-void walkAssertions(const xmlNode* root, Answers& answers) {
-  const xmlNode *subject = nullptr, *authentication = nullptr;
-  const auto assertions = childrenOf(root, "Assertion");
-  for (const xmlNode* assertion : assertions) {
-    if (subject == nullptr) subject = childOf(assertion, "Subject");
-    if (authentication == nullptr) authentication = childOf(assertion, "AuthnStatement");
-  }
-  answers.nameId = textOf(childOf(subject, "NameID"));
-  if (authentication != nullptr) {
-    answers.sessionIndex = attributeOf(authentication, "SessionIndex");
-    if (const Text end = attributeOf(authentication, "SessionNotOnOrAfter")) {
-      answers.sessionEnd = dateText(kestrelink::SAMLDateFromString(*end));
-    }
-  }
-  if (!assertions.empty()) answers.attributes = attributesOf(assertions.front());
 }
 
 }  // namespace
 
-std::string answersOf(const kestrelink::SAMLResponse& response) {
-  Answers answers;
-  answers.issuer = response.selectedProvider();
-  if (const auto subject = response.subject()) {
-    const auto nameId = subject->firstElementByTagName("NameID");
-    if (nameId) answers.nameId = nameId->textContent();
-  }
-  answers.sessionIndex = response.authenticationSessionId();
-  answers.sessionEnd = dateText(response.authenticationTTL());
-  answers.statusCodes = response.statusCodes();
-  for (const auto& [name, values] : response.attributes()) answers.attributes[name] = values;
-  return answers.text();
+Answers answersOf(const kestrelink::SAMLResponse& response) {
+  const auto subject = response.subject();
+  const auto nameId = subject ? subject->firstElementByTagName("NameID") : nullptr;
+  Answers answers = {
+      {"issuer", listOf(response.selectedProvider())},
+      {"subject", listOf(nameId ? nameId->textContent() : std::nullopt)},
+      {"session index", listOf(response.authenticationSessionId())},
+      {"session end", listOf(kestrelink::SAMLStringFromDate(response.authenticationTTL()))},
+      {"status", response.statusCodes()}};
+  for (const auto& [name, values] : response.attributes()) answers["attribute " + name] = values;
+  return answers;
 }
 
-std::string answersByHand(const xmlDoc* doc) {
-  Answers answers;
+Answers answersByHand(const xmlDoc* doc) {
   const xmlNode* const root = xmlDocGetRootElement(doc);
-  if (root == nullptr) return answers.text();
-  answers.issuer = textOf(childOf(root, "Issuer"));
-  const bool isResponse = view(root->name) == "Response";
-  if (isResponse || view(root->name) == "LogoutResponse") {
-    answers.statusCodes = statusCodesBelow(root);
+  const std::string_view name = root ? view(root->name) : "";
+  const Nodes assertions = name == "Response" ? childrenOf(root, "Assertion") : Nodes();
+  const xmlNode *subject = nullptr, *session = nullptr;
+  for (const xmlNode* assertion : assertions) {
+    if (subject == nullptr) subject = childOf(assertion, "Subject");
+    if (session == nullptr) session = childOf(assertion, "AuthnStatement");
   }
-  if (isResponse) walkAssertions(root, answers);
-  return answers.text();
+  const auto end = kestrelink::SAMLDateFromString(attributeOf(session, "SessionNotOnOrAfter"));
+  Answers answers = {
+      {"issuer", listOf(textOf(childOf(root, "Issuer")))},
+      {"subject", listOf(textOf(childOf(subject, "NameID")))},
+      {"session index", listOf(attributeOf(session, "SessionIndex"))},
+      {"session end", listOf(kestrelink::SAMLStringFromDate(end))},
+      {"status", name == "Response" || name == "LogoutResponse" ? statusCodesOf(root) : Texts()}};
+  addAttributes(assertions.empty() ? nullptr : assertions.front(), answers);
+  return answers;
 }
 
 }  // namespace fuzz

@@ -1,7 +1,9 @@
-// The answers to a message as one text, so that two readings of it can be compared.
+// What a response says as named lists, so that two readings of it can be compared.
 #pragma once
 
+#include <map>
 #include <string>
+#include <vector>
 
 #include <libxml/tree.h>
 
@@ -9,11 +11,13 @@
 
 namespace fuzz {
 
-/// As the library answers them.
-std::string answersOf(const kestrelink::SAMLResponse& response);
+using Answers = std::map<std::string, std::vector<std::string>>;
 
-/// As libxml2's tree answers them, walked by hand: written anew here, sharing no code with the
-/// library but the text of a date.
-std::string answersByHand(const xmlDoc* doc);
+/// As the library reads it.
+Answers answersOf(const kestrelink::SAMLResponse& response);
+
+/// As libxml2's tree has it, walked by hand: written anew here, sharing no code with the library
+/// but the text of a date.
+Answers answersByHand(const xmlDoc* doc);
 
 }  // namespace fuzz

@@ -1,7 +1,5 @@
 #include <algorithm>
 
-#include "kestrelink/saml/KestrelinkSAML.h"
-
 #include "tests/fuzz/Targets.h"
 
 namespace fuzz {

@@ -1,5 +1,6 @@
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 
 #include "kestrelink/platform/DiagnosticLog.h"
 
@@ -10,6 +11,15 @@ namespace fuzz {
 // The log would only slow the search; its lines are tried elsewhere.
 void start() {
   kestrelink::setDiagnosticObserverForTesting([](std::string_view) noexcept {});
+}
+
+const kestrelink::SAMLParserController& withoutSchema() {
+  static const auto controller = [] {
+    auto made = std::make_unique<kestrelink::SAMLParserController>();
+    made->setSchemaData(nullptr);
+    return made;
+  }();
+  return *controller;
 }
 
 void require(bool holds, const char* what) {

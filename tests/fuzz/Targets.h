@@ -4,6 +4,8 @@
 
 #include <string_view>
 
+#include "kestrelink/saml/KestrelinkSAML.h"
+
 namespace fuzz {
 
 void responseWithSchema(std::string_view input);
@@ -18,12 +20,15 @@ void roundTrip(std::string_view input);
 /// Every element of the document, read as every class, and every accessor of it.
 void everyAccessor(std::string_view input);
 
-/// The lines of the input are the fields of the four requests; the last one, to the end, is the
-/// answer whose subject is taken.
+/// Three lines are what the four requests are filled with; the rest is the response whose subject
+/// they take.
 void requests(std::string_view input);
 
 /// Once, before any target runs.
 void start();
+
+/// A controller that reads any well-formed message.
+const kestrelink::SAMLParserController& withoutSchema();
 
 /// Ends the process, naming what did not hold.
 void require(bool holds, const char* what);

@@ -4,7 +4,6 @@
 // multiplied.
 #include <cstdio>
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <random>
 #include <string>
@@ -14,7 +13,9 @@
 
 namespace {
 
-const std::map<std::string, std::function<void(std::string_view)>> kTargets = {
+using Target = void (*)(std::string_view);
+
+const std::map<std::string, Target> kTargets = {
     {"responseWithSchema", fuzz::responseWithSchema},
     {"responseWithoutSchema", fuzz::responseWithoutSchema},
     {"documentAndXpath", fuzz::documentAndXpath},
@@ -22,9 +23,7 @@ const std::map<std::string, std::function<void(std::string_view)>> kTargets = {
     {"everyAccessor", fuzz::everyAccessor},
     {"requests", fuzz::requests}};
 
-using Target = std::function<void(std::string_view)>;
-
-int runDamaged(const Target& target, const std::string& text) {
+int runDamaged(Target target, const std::string& text) {
   constexpr int kTimes = 200;
   if (text.empty()) return 0;
   std::mt19937 random(static_cast<std::mt19937::result_type>(text.size()));
@@ -38,27 +37,19 @@ int runDamaged(const Target& target, const std::string& text) {
   return 2 * kTimes;
 }
 
-struct Options {
-  bool damaged = false;
-  int scale = 1;
-};
-
-int run(const Target& target, const std::filesystem::path& path, const Options& options) {
+int run(Target target, const std::filesystem::path& path, bool damaged, int scale) {
+  int count = 0;
   if (std::filesystem::is_directory(path)) {
-    int count = 0;
     for (const auto& entry : std::filesystem::directory_iterator(path)) {
-      count += run(target, entry.path(), options);
+      count += run(target, entry.path(), damaged, scale);
     }
     return count;
   }
-  if (!std::filesystem::is_regular_file(path)) {
-    std::fprintf(stderr, "no file: %s\n", path.c_str());
-    return 0;
-  }
-  const std::string text = fuzz::attack(path, options.scale);
   std::fprintf(stderr, "%s\n", path.c_str());
+  if (!std::filesystem::is_regular_file(path)) return count;
+  const std::string text = fuzz::attack(path, scale);
   target(text);
-  return 1 + (options.damaged ? runDamaged(target, text) : 0);
+  return 1 + (damaged ? runDamaged(target, text) : 0);
 }
 
 }  // namespace
@@ -71,16 +62,16 @@ int main(int count, char** arguments) {
     return 2;
   }
   fuzz::start();
-  int replayed = 0;
-  Options options;
+  int replayed = 0, scale = 1;
+  bool damaged = false;
   for (int index = 2; index < count; ++index) {
     const std::string argument = arguments[index];
     if (argument == "--damaged") {
-      options.damaged = true;
+      damaged = true;
     } else if (argument.starts_with("--scale=")) {
-      options.scale = std::stoi(argument.substr(argument.find('=') + 1));
+      scale = std::stoi(argument.substr(argument.find('=') + 1));
     } else {
-      replayed += run(target->second, argument, options);
+      replayed += run(target->second, argument, damaged, scale);
     }
   }
   std::printf("%s: %d inputs\n", target->first.c_str(), replayed);

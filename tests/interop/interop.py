@@ -130,7 +130,7 @@ class Client:
 
     def __init__(self, ksaml, verify, provider):
         self.ksaml, self.verify, self.provider = ksaml, verify, provider
-        self.subject = os.path.join(HERE, "../../examples/answer.xml")
+        self.subject = os.path.join(HERE, "../fixtures/answer.xml")
         self.user, self.session = "t-58f20c7be1", "s-20260115-0042"
 
     def ask(self, kind, options, outcome, signed, standard=True):

@@ -5,7 +5,7 @@
 namespace kestrelink::testing {
 namespace {
 
-const std::string kSample = file("examples/answer.xml");
+const std::string kSample = file("tests/fixtures/answer.xml");
 
 std::string replaced(std::string text, std::string_view what, std::string_view with) {
   return text.replace(text.find(what), what.size(), with);

@@ -1,5 +1,7 @@
 // What a response answers, over inline XML and with the clock at 2020-01-01T00:00:00Z.
 
+#include <tuple>
+
 #include "kestrelink/saml/elements/SAMLNames.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 
@@ -148,6 +150,7 @@ TEST(Response, DecisionsForAResource) {
   const auto response =
       read("<Response>" + assertion(statement + "https://tv.example/1'/>") +
            assertion(statement + "https://tv.example/1' Decision='Permit'/>" + statement +
+                     "https://tv.example/1' Decision='Deny'/>" + statement +
                      "https://tv.example/2' Decision='Indeterminate'/>") +
            assertion(statement + "https://tv.example/2' Decision='Deny'/>" + statement +
                      "/{id}|\u00FC x[]=1' Decision='Deny'/>") +
@@ -168,30 +171,24 @@ struct SilentlyInvalid : SAMLAssertion {
   bool isValid(ErrorOut /*error*/) const override { return false; }
 };
 
-TEST(Response, AssertionsThatDoNotSayWhyAreCode400) {
+// A class of the client's own, or of a later version, is heeded.
+TEST(Response, ClassesThatSayNo) {
   static const XMLWrapperElementClass silent("Silent", &makeElementInstance<SilentlyInvalid>);
-  SAMLParserController::sharedInstance();
-  XMLWrapperElementFactory::registerClass(&silent, "Assertion");
-  const auto response = read("<Response><Assertion/></Response>");
-  XMLWrapperElementFactory::registerClass(&SAMLAssertion::elementClass, "Assertion");
-  std::optional<ErrorInfo> error;
-  EXPECT_FALSE(response->isValid(&error));
-  EXPECT_EQ(text(error), "SAMLParserErrorDomain 400");
-}
-
-// A signature class of the client's own, or of a later version, is heeded.
-TEST(Response, ASignatureThatSaysNoIsHeeded) {
   static const XMLWrapperElementClass refused("Refused", &makeElementInstance<RefusedSignature>);
   SAMLParserController::sharedInstance();
-  XMLWrapperElementFactory::registerClass(&refused, "Signature");
-  const std::string signedAssertion = assertion("<Signature/>");
-  const auto ownSignature = read("<Response><Signature/></Response>");
-  const auto assertions = read("<Response>" + signedAssertion + "</Response>");
-  XMLWrapperElementFactory::registerClass(&SAMLSignature::elementClass, "Signature");
-  for (const auto& response : {ownSignature, assertions}) {
+  using Factory = XMLWrapperElementFactory;
+  const std::tuple<const XMLWrapperElementClass*, const char*, std::string, const char*> rows[] = {
+      {&silent, "Assertion", assertion(""), "SAMLParserErrorDomain 400"},
+      {&refused, "Signature", "<Signature/>", "SAMLParserErrorDomain 500"},
+      {&refused, "Signature", assertion("<Signature/>"), "SAMLParserErrorDomain 500"}};
+  for (const auto& [own, name, content, expected] : rows) {
+    const XMLWrapperElementClass* const usual = Factory::elementClassByTagName(name);
+    Factory::registerClass(own, name);
+    const auto response = read("<Response>" + content + "</Response>");
+    Factory::registerClass(usual, name);
     std::optional<ErrorInfo> error;
-    EXPECT_FALSE(response->isValid(&error));
-    EXPECT_EQ(text(error), "SAMLParserErrorDomain 500");
+    EXPECT_FALSE(response->isValid(&error)) << content;
+    EXPECT_EQ(text(error), expected) << content;
   }
 }
 

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -14,9 +16,9 @@
 #include "kestrelink/platform/Clock.h"
 #include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/saml/KestrelinkSAML.h"
-#include "kestrelink/saml/elements/SAMLDateText.h"
 
 #include "tests/support/Attack.h"
+#include "tests/support/Shown.h"
 
 namespace kestrelink::testing {
 
@@ -38,6 +40,17 @@ inline void expectKept(const std::string& name, const std::string& text) {
   EXPECT_EQ(text, file(name)) << name;
 }
 
+/// The same for the files of a folder that have that extension: one without a text is reported.
+inline void expectAllKept(const std::string& folder, std::string_view extension,
+                          const std::map<std::string, std::string>& texts) {
+  for (const auto& [name, text] : texts) expectKept(folder + name, text);
+  for (const auto& entry : std::filesystem::directory_iterator(SOURCE_DIR "/" + folder)) {
+    const std::filesystem::path& path = entry.path();
+    EXPECT_TRUE(path.extension() != extension || texts.contains(path.filename().string()))
+        << path << " is compared with nothing";
+  }
+}
+
 /// The document of an inline message, read without a schema and with the SAML classes registered.
 inline std::shared_ptr<SAMLResponse> read(std::string_view xml, ErrorOut error = nullptr) {
   SAMLParserController::sharedInstance();
@@ -56,32 +69,6 @@ std::shared_ptr<Element> root(std::string_view xml) {
 /// "domain code", or "none".
 inline std::string text(const std::optional<ErrorInfo>& error) {
   return error ? error->domain + " " + std::to_string(error->code) : "none";
-}
-
-/// An answer as text: "-" when it is absent, "<Name>" for an element, "[one two]" for a list.
-template <class Answer>
-std::string shown(const Answer& answer) {
-  if constexpr (requires { answer->tagName(); }) {
-    return answer ? "<" + answer->tagName().value_or("") + ">" : "-";
-  } else if constexpr (requires { answer.value(); }) {
-    return answer ? shown(*answer) : "-";
-  } else if constexpr (std::is_same_v<Answer, SAMLDate>) {
-    return *SAMLStringFromDate(answer);
-  } else if constexpr (std::is_arithmetic_v<Answer>) {
-    return std::to_string(static_cast<int>(answer));
-  } else if constexpr (std::is_convertible_v<decltype(*answer.begin()), char>) {
-    return {answer.begin(), answer.end()};
-  } else {
-    std::string all;
-    for (const auto& one : answer) all += (all.empty() ? "" : " ") + shown(one);
-    return "[" + all + "]";
-  }
-}
-
-/// Several answers, with a blank between them.
-template <class Answer, class... More>
-std::string shown(const Answer& answer, const More&... more) requires(sizeof...(more) > 0) {
-  return shown(answer) + ((" " + shown(more)) + ...);
 }
 
 /// The clock of the library stands still while it lives.
