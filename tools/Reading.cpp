@@ -68,11 +68,11 @@ void openEnvelope(SAMLResponse& response, kestrelink::ErrorOut error) {
 }  // namespace
 
 std::shared_ptr<SAMLResponse> responseFrom(const kestrelink::SAMLParserController& controller,
-                                           std::string_view text, kestrelink::ErrorOut error) {
+                                           std::string_view text, SharedBytes schema,
+                                           kestrelink::ErrorOut error) {
   SharedBytes bytes = controller.dataFromString(text, error);
   if (!bytes) return nullptr;
   const bool isEnvelope = isSoapEnvelope(text);
-  SharedBytes schema = controller.schema();
   if (isEnvelope && schema) schema = std::make_shared<const std::string>(kEnvelopeSchema);
   auto response = SAMLResponse::initWithData(std::move(bytes), std::move(schema), error);
   if (response && isEnvelope) openEnvelope(*response, error);
@@ -84,7 +84,7 @@ Reading readMessage(kestrelink::SAMLParserController& controller, std::string_vi
   if (options.noSchema) controller.setSchemaData(nullptr);
   Reading reading;
   reading.validated = controller.schema() != nullptr;
-  reading.response = responseFrom(controller, text, &reading.error);
+  reading.response = responseFrom(controller, text, controller.schema(), &reading.error);
   // The controller's order: each step may leave an error, and the last one written stands.
   reading.accepted =
       reading.response &&

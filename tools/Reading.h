@@ -31,11 +31,11 @@ struct Reading {
 Reading readMessage(kestrelink::SAMLParserController& controller, std::string_view text,
                     const ReadOptions& options);
 
-/// The document of that message, unjudged, read with the controller's schema; null as
-/// `SAMLResponse::initWithData`.
+/// The document of that message, unjudged, read with the schema, or without one when it is null;
+/// null as `SAMLResponse::initWithData`.
 std::shared_ptr<kestrelink::SAMLResponse> responseFrom(
     const kestrelink::SAMLParserController& controller, std::string_view text,
-    kestrelink::ErrorOut error);
+    kestrelink::SharedBytes schema, kestrelink::ErrorOut error);
 
 /// The audiences of the first assertion.
 std::vector<std::string> audiencesOf(const kestrelink::SAMLResponse& response);

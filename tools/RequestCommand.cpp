@@ -30,6 +30,12 @@ std::optional<std::string> messageInFile(const std::string& file) {
   return text ? messageIn(*text, false, file) : std::nullopt;
 }
 
+std::shared_ptr<kestrelink::SAMLResponse> responseIn(const std::string& message,
+                                                     kestrelink::SharedBytes schema) {
+  std::optional<kestrelink::ErrorInfo> ignored;
+  return responseFrom(controller(), message, std::move(schema), &ignored);
+}
+
 bool isValid(const std::string& request) {
   const auto bytes = std::make_shared<const std::string>(request);
   return kestrelink::XMLWrapperDoc::initWithData(bytes, controller().schema()) != nullptr;
@@ -180,12 +186,14 @@ RequestCommand::Document RequestCommand::finished(const std::shared_ptr<Request>
 }
 
 template <class Request>
-bool RequestCommand::takesSubject(Request& request) const {
+bool RequestCommand::takesSubject(const Request& request, kestrelink::SharedBytes schema) const {
   if (!subjectFile_) return true;
-  const auto response = messageInFile(*subjectFile_);
-  if (!response) return false;
-  request.setSubjectFromResponse(*response);
-  if (request.requestElement()->subject()) return true;
+  const auto message = messageInFile(*subjectFile_);
+  if (!message) return false;
+  const auto response = responseIn(*message, std::move(schema));
+  const auto subject = response ? response->subject() : nullptr;
+  request.requestElement()->setSubject(subject);
+  if (subject) return true;
   refuse("ksaml: there is no subject in %s\n", *subjectFile_);
   return false;
 }
@@ -194,8 +202,7 @@ bool RequestCommand::takesNameId(const kestrelink::SAMLLogoutRequest& request) c
   if (!nameIdFile_) return true;
   const auto message = messageInFile(*nameIdFile_);
   if (!message) return false;
-  std::optional<kestrelink::ErrorInfo> ignored;
-  const auto response = responseFrom(controller(), *message, &ignored);
+  const auto response = responseIn(*message, controller().schema());
   const auto assertions = response ? response->assertions() : std::nullopt;
   const auto subject =
       assertions && !assertions->empty() ? assertions->front()->subject() : nullptr;
@@ -210,7 +217,7 @@ RequestCommand::Document RequestCommand::authn() const {
   if (passive_) request->setIsPassive(true);
   if (forceAuthn_) request->setForceAuthN(true);
   if (acsUrl_) kestrelink::standard::setAssertionConsumerService(*request, *acsUrl_);
-  return takesSubject(*request) ? finished(request) : nullptr;
+  return takesSubject(*request, nullptr) ? finished(request) : nullptr;
 }
 
 RequestCommand::Document RequestCommand::attributes() const {
@@ -221,14 +228,14 @@ RequestCommand::Document RequestCommand::attributes() const {
     query->addAttribute(attribute.substr(0, equals), hasValues ? split(attribute.substr(equals + 1))
                                                                : std::vector<std::string>());
   }
-  return takesSubject(*query) ? finished(query) : nullptr;
+  return takesSubject(*query, nullptr) ? finished(query) : nullptr;
 }
 
 RequestCommand::Document RequestCommand::authz() const {
   const auto query = controller().newAuthZQuery(*resource_, *channel_);
   for (const std::string& action : actions_) query->addAction(action);
   if (actions_.empty()) query->addAction(kestrelink::SAMLAuthZDecisionQueryActionPlay);
-  return takesSubject(*query) ? finished(query) : nullptr;
+  return takesSubject(*query, controller().schema()) ? finished(query) : nullptr;
 }
 
 RequestCommand::Document RequestCommand::logout() const {

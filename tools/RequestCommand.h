@@ -31,8 +31,9 @@ class RequestCommand {
   Document attributes() const;
   Document authz() const;
   Document logout() const;
+  /// As the requests' own setSubjectFromResponse do, decision queries alone read with the schema.
   template <class Request>
-  bool takesSubject(Request& request) const;
+  bool takesSubject(const Request& request, kestrelink::SharedBytes schema) const;
   bool takesNameId(const kestrelink::SAMLLogoutRequest& request) const;
   /// The request as the command line wants it: with a destination, in its standard form.
   template <class Request>

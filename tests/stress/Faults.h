@@ -2,15 +2,15 @@
 #pragma once
 
 #include <array>
-#include <string>
+#include <cstddef>
 
 namespace stress {
 
-enum class Through { libxml2, operatorNew };
-inline constexpr std::array kWays = {Through::libxml2, Through::operatorNew};
+enum Through : std::size_t { throughLibxml2, throughOperatorNew };
+using Counts = std::array<long, 2>;  // for each of the two ways
 
-/// Where the planned allocation was made: "xmlReadMemory > xmlStrndup", the function of libxml2
-/// that was called from outside and the innermost one that has a name, or "operator new".
+/// Where an allocation failed: "xmlReadMemory > xmlStrndup", the function of libxml2 that was
+/// called from outside and the innermost one that has a name, or "operator new".
 using Place = std::array<char, 96>;
 
 /// Puts libxml2's memory functions into ours. Before anything else uses libxml2.
@@ -20,18 +20,14 @@ void installHooks();
 /// receives where; it may be in memory that outlives this process.
 void planFault(Through way, long nth, Place* place);
 
-/// From now on a fault prints the stack it happens on.
-void traceFaults();
-
 /// Allocations made inside fault windows since the latest plan.
-long allocationsSeen(Through way);
+Counts allocationsSeen();
 
-/// Blocks of both kinds in use. Takes back libxml2's record of the last error before.
-std::array<long, 2> blocksInUse();
+/// Blocks in use, but for libxml2's record of the last error, which is taken back before.
+Counts blocksInUse();
 
 /// Only while one lives do allocations count and fail.
-class FaultWindow {
- public:
+struct FaultWindow {
   FaultWindow();
   ~FaultWindow();
   FaultWindow(const FaultWindow&) = delete;

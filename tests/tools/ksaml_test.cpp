@@ -104,8 +104,12 @@ TEST(Ksaml, Carriers) {
   std::string expected = ksaml("read --json " + kGolden + "success.xml").out;
   expected.replace(expected.find("success.xml"), 11, "-");
   for (const std::string& carrier : rows) {
-    EXPECT_EQ(ksaml("read --json -", "(" + carrier + ") | " BUILD_DIR "/bin/ksaml").out, expected)
-        << carrier;
+    const std::string carried = "(" + carrier + ") | " BUILD_DIR "/bin/ksaml";
+    EXPECT_EQ(ksaml("read --json -", carried).out, expected) << carrier;
+    for (const char* const kind : {"authn --issuer I", "authz --channel C --resource R"}) {
+      ksaml("request " + std::string(kind) + " --subject-from - 2>&1", carried)
+          .says({"<saml:Subject "});
+    }
   }
   EXPECT_EQ(ksaml("read --json --base64 - < " + kGolden + "success.base64").out, expected);
 
