@@ -128,4 +128,13 @@ Answers answersByHand(const xmlDoc* doc) {
   return answers;
 }
 
+std::string shown(const Answers& answers) {
+  std::string text;
+  for (const auto& [name, values] : answers) {
+    text += name + "=";
+    for (const std::string& value : values) text += value + ";";
+  }
+  return text;
+}
+
 }  // namespace fuzz

@@ -20,4 +20,7 @@ Answers answersOf(const kestrelink::SAMLResponse& response);
 /// but the text of a date.
 Answers answersByHand(const xmlDoc* doc);
 
+/// All of them in one text.
+std::string shown(const Answers& answers);
+
 }  // namespace fuzz

@@ -10,22 +10,20 @@ for requester in ("issuer.xml", "channel.xml"):
 sessions = {}  # by the identifier of who was signed in
 
 
-def made(kind, **members):
-    """An element with these members."""
-    element = kind()
-    for name, value in members.items():
-        setattr(element, name, value)
-    return element
+def attribute(name, values):
+    made = lasso.Saml2Attribute()
+    made.name = name
+    made.attributeValue = [lasso.Saml2AttributeValue() for _ in values]
+    for value, text in zip(made.attributeValue, values):
+        value.any = [lasso.MiscTextNode.newWithString(text)]
+        value.any[0].textChild = True
+    return made
 
 
 def attribute_statement(job):
-    def value(text):
-        node = lasso.MiscTextNode.newWithString(text)
-        node.textChild = True
-        return made(lasso.Saml2AttributeValue, any=[node])
-    return made(lasso.Saml2AttributeStatement, attribute=[
-        made(lasso.Saml2Attribute, name=name, attributeValue=list(map(value, values)))
-        for name, values in job["attributes"].items()])
+    statement = lasso.Saml2AttributeStatement()
+    statement.attribute = [attribute(*each) for each in job["attributes"].items()]
+    return statement
 
 
 def authn(job):
@@ -58,44 +56,59 @@ def authn(job):
         each for each in ("Response", "Assertion") if each in job["signed"] + ["Assertion"]]}
 
 
-def query(job):
-    asked = lasso.AssertionQuery(idp)
-    asked.setSignatureVerifyHint(lasso.PROFILE_SIGNATURE_VERIFY_HINT_IGNORE)
-    asked.processRequestMsg(job["message"])
-    asked.validateRequest()
-    request = asked.request
+def respond(job, fill):
+    """The response to a query; fill puts the statement into the assertion and says what it read."""
+    query, assertion = lasso.AssertionQuery(idp), lasso.Saml2Assertion()
+    query.setSignatureVerifyHint(lasso.PROFILE_SIGNATURE_VERIFY_HINT_IGNORE)
+    query.processRequestMsg(job["message"])
+    query.validateRequest()
+    request = query.request
+    assertion.iD, assertion.version, assertion.issueInstant = request.iD + "-1", "2.0", date(0)
+    assertion.issuer = lasso.Saml2NameID.newWithString(setup["idp"])
+    assertion.subject = lasso.Saml2Subject()
+    assertion.subject.nameID = request.subject.nameID
+    confirmation = assertion.subject.subjectConfirmation = lasso.Saml2SubjectConfirmation()
+    confirmation.method = lasso.SAML2_CONFIRMATION_METHOD_BEARER
+    confirmation.subjectConfirmationData = lasso.Saml2SubjectConfirmationData()
+    confirmation.subjectConfirmationData.inResponseTo = request.iD
+    assertion.conditions = lasso.Saml2Conditions()
+    assertion.conditions.notBefore, assertion.conditions.notOnOrAfter = date(-60), date(600)
+    assertion.conditions.audienceRestriction = [lasso.Saml2AudienceRestriction()]
+    assertion.conditions.audienceRestriction[0].audience = request.issuer.content
     read = {"id": request.iD, "issuer": request.issuer.content, "subject": at(request, "subject.nameID.content")}
-    audience = made(lasso.Saml2AudienceRestriction, audience=request.issuer.content)
-    confirmation = made(lasso.Saml2SubjectConfirmation, method=lasso.SAML2_CONFIRMATION_METHOD_BEARER,
-                        subjectConfirmationData=made(lasso.Saml2SubjectConfirmationData, inResponseTo=request.iD))
-    assertion = made(
-        lasso.Saml2Assertion, iD=request.iD + "-1", version="2.0", issueInstant=date(0),
-        issuer=lasso.Saml2NameID.newWithString(setup["idp"]),
-        subject=made(lasso.Saml2Subject, nameID=request.subject.nameID, subjectConfirmation=confirmation),
-        conditions=made(lasso.Saml2Conditions, notBefore=date(-60), notOnOrAfter=date(600), audienceRestriction=[audience]))
-    if job["kind"] == "attributes":
-        read["attributes"] = [each.name for each in request.attribute]
+    read.update(fill(request, assertion))
+    query.response.assertion = [assertion]
+    query.buildResponseMsg()
+    return read, query.msgBody
+
+
+def attributes(job):
+    def fill(request, assertion):
         assertion.attributeStatement = [attribute_statement(job)]
-    else:
-        read |= {"resource": request.resource, "actions": [request.action.content]}
-        assertion.authzDecisionStatement = [made(lasso.Saml2AuthzDecisionStatement, resource=request.resource,
-                                                 decision=job["outcome"], action=request.action)]
-    asked.response.assertion = [assertion]
-    asked.buildResponseMsg()
-    return read, asked.msgBody
+        return {"attributes": [each.name for each in request.attribute]}
+    return respond(job, fill)
+
+
+def authz(job):
+    def fill(request, assertion):
+        statement = lasso.Saml2AuthzDecisionStatement()
+        statement.resource, statement.decision, statement.action = request.resource, job["outcome"], request.action
+        assertion.authzDecisionStatement = [statement]
+        return {"resource": request.resource, "actions": [request.action.content]}
+    return respond(job, fill)
 
 
 def logout(job):
     end = lasso.Logout(idp)
     end.setSignatureVerifyHint(lasso.PROFILE_SIGNATURE_VERIFY_HINT_IGNORE)
-    end.processRequestMsg(job["message"])
+    end.processRequestMsg(job["message"].split("?", 1)[1])
     request = end.request
     read = {"id": request.iD, "issuer": request.issuer.content, "subject": at(request, "nameId.content"),
             "session": [request.sessionIndex]}
     end.setSessionFromDump(sessions[read["subject"]])
     end.validateRequest()
     end.buildResponseMsg()
-    return read, end.msgBody
+    return read, end.msgUrl, {"signed": []}  # what is signed is the URL
 
 
-serve({"authn": authn, "attributes": query, "authz": query, "logout": logout})
+serve({"authn": authn, "attributes": attributes, "authz": authz, "logout": logout})

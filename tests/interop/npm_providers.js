@@ -129,7 +129,23 @@ function samlify() {
   };
 }
 
-const handlers = { samlp, samlify }[process.argv[2]]();
+// A service provider, which takes a logout request from the other side.
+function nodeSaml() {
+  const { SAML } = install("@node-saml/node-saml");
+  const saml = new SAML({
+    issuer: setup.idp, callbackUrl: setup.acs, entryPoint: setup.acs, logoutUrl: setup.acs, privateKey: key, idpCert: cert,
+    signatureAlgorithm: "sha256",
+  });
+  return {
+    async logout(job) {
+      const { profile } = await saml.validateRedirectAsync({ SAMLRequest: value(job) }, new URL(job.message).search.slice(1));
+      return [{ id: profile.ID, issuer: profile.issuer, subject: profile.nameID, session: [profile.sessionIndex] },
+        await saml.getLogoutResponseUrlAsync(profile, "", {}, true), { signed: [] }]; // what is signed is the URL
+    },
+  };
+}
+
+const handlers = { samlp, samlify, "node-saml": nodeSaml }[process.argv[2]]();
 const write = result => process.stdout.write(JSON.stringify(result) + "\n");
 console.log = console.warn = console.error;
 readline.createInterface({ input: process.stdin }).on("line", line => {

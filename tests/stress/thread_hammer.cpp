@@ -46,7 +46,8 @@ std::string read(const std::string& message, bool schema) {
   const auto& controller = schema ? SAMLParserController::sharedInstance() : withoutSchema;
   std::optional<ErrorInfo> error;
   const auto response = controller.parseResponse(message, &error);
-  if (response) return fuzz::answersOf(*response) + response->xmlString().value_or("-");
+  if (response)
+    return fuzz::shown(fuzz::answersOf(*response)) + response->xmlString().value_or("-");
   return error ? error->domain + std::to_string(error->code) : "no error";
 }
 
