@@ -37,13 +37,13 @@ class SAMLDate {
 
   friend constexpr bool operator==(SAMLDate left, SAMLDate right) = default;
   // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the comparison with 0 for a pointer
-  friend constexpr std::strong_ordering operator<=>(SAMLDate left, SAMLDate right) = default;
+  friend constexpr auto operator<=>(SAMLDate left, SAMLDate right) = default;
 
   template <class Duration>
   friend constexpr std::strong_ordering operator<=>(SAMLDate left,
                                                     std::chrono::sys_time<Duration> right) {
-    // NOLINTNEXTLINE(modernize-use-nullptr): as above
-    if (const auto order = left <=> SAMLDate(right); order != 0) return order;
+    const std::strong_ordering order = left.instant_ <=> SAMLDate(right).instant_;
+    if (std::is_neq(order)) return order;
     const bool isWhole = right.time_since_epoch() % std::chrono::seconds(1) == Duration::zero();
     return isWhole ? std::strong_ordering::equal : std::strong_ordering::less;
   }
