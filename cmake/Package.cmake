@@ -37,7 +37,7 @@ files it validates by, and the command-line tool ksaml.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkestrelink-saml-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime} (= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "libxml2-dev, nettle-dev, uuid-dev")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "libxml2-dev, uuid-dev")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 "Headers, static library, and the files by which CMake and pkg-config find the
 library.")

@@ -1,7 +1,8 @@
 <?xml version="1.0" encoding="UTF-8"?>
 <!-- Stages a schema file for the resource bundle: the same schema in fewer bytes. Comments,
-     annotations and blank text go; an import names its file alone, so that a schema which two others
-     name by different locations is one schema, compiled once and without a warning. -->
+     annotations, blank text, attributes at their default and the schema's version go; an import names
+     its file alone, so that a schema which two others name by different locations is one schema,
+     compiled once and without a warning. -->
 <xsl:stylesheet version="1.0"
     xmlns:xsl="http://www.w3.org/1999/XSL/Transform"
     xmlns:xs="http://www.w3.org/2001/XMLSchema"
@@ -16,6 +17,11 @@
   </xsl:template>
 
   <xsl:template match="comment()|processing-instruction()|xs:annotation"/>
+
+  <xsl:template match="@use[.='optional'] | @minOccurs[.='1'] | @maxOccurs[.='1'] | xs:any/@namespace[.='##any']
+                       | @processContents[.='strict'] | @mixed[.='false'] | @abstract[.='false']
+                       | @elementFormDefault[.='unqualified'] | @attributeFormDefault[.='unqualified']
+                       | xs:schema/@version"/>
 
   <xsl:template match="xs:import/@schemaLocation|xs:include/@schemaLocation">
     <xsl:attribute name="schemaLocation">

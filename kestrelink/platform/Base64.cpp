@@ -4,7 +4,7 @@
 #include <iterator>
 #include <string>
 
-#include <nettle/base64.h>
+#include <resolv.h>
 
 namespace kestrelink {
 namespace {
@@ -20,17 +20,12 @@ std::optional<std::vector<std::uint8_t>> decodeBase64(std::string_view text) {
   std::string encoded;
   encoded.reserve(text.size());
   std::copy_if(text.begin(), text.end(), std::back_inserter(encoded), isInAlphabet);
-  if (encoded.ends_with("===")) return std::nullopt;  // nettle accepts it
 
-  base64_decode_ctx context;
-  base64_decode_init(&context);
-  std::vector<std::uint8_t> bytes(BASE64_DECODE_LENGTH(encoded.size()));
-  std::size_t length = bytes.size();
-  if (base64_decode_update(&context, &length, bytes.data(), encoded.size(), encoded.data()) == 0 ||
-      base64_decode_final(&context) == 0) {
-    return std::nullopt;
-  }
-  bytes.resize(length);
+  // One group more than is decoded: `b64_pton` wants room for it.
+  std::vector<std::uint8_t> bytes(encoded.size() / 4 * 3 + 3);
+  const int length = b64_pton(encoded.c_str(), bytes.data(), bytes.size());
+  if (length < 0) return std::nullopt;
+  bytes.resize(static_cast<std::size_t>(length));
   return bytes;
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory_resource>
 #include <unordered_map>
 
 #include "kestrelink/xml/NamespaceMap.h"
@@ -16,8 +15,6 @@ class XMLWrapperQuery;
 /// elements and attributes refer to it.
 class NamespaceRecords {
  public:
-  explicit NamespaceRecords(std::pmr::memory_resource& memory) : records_(&memory) {}
-
   /// What an element in that namespace records: its own record and those that follow it in the
   /// `next` links, not the element's declarations. Null for null. Lives as long as this object.
   const NamespaceMap* recordedFrom(const _xmlNs* own);
@@ -37,7 +34,7 @@ class NamespaceRecords {
 
   Record& read(const _xmlNs* record);
 
-  std::pmr::unordered_map<const _xmlNs*, Record> records_;
+  std::unordered_map<const _xmlNs*, Record> records_;
   std::uint64_t recordings_ = 0;
 };
 

@@ -239,6 +239,7 @@ void XMLWrapperElement::setAttributeWithName(std::string_view name,
   if (earlier != attributes_.end()) {
     earlier->second = std::move(attribute);
   } else {
+    if (attributes_.empty()) attributes_.reserve(4);
     attributes_.emplace_back(name, std::move(attribute));
   }
 }
@@ -341,6 +342,7 @@ void XMLWrapperElement::replaceChildElement(const std::shared_ptr<XMLWrapperElem
 
 void XMLWrapperElement::reorderChildElements() {
   List ordered;
+  ordered.reserve(elements_.size());
   if (const auto& sequence = childElementSequence()) {
     for (const std::string& name : *sequence) {
       std::copy_if(elements_.begin(), elements_.end(), std::back_inserter(ordered),
