@@ -11,7 +11,7 @@ namespace {
 using kestrelink::SAMLParserController;
 
 const SAMLParserController& controllerFor(std::string_view work) {
-  if (work == "read") return SAMLParserController::sharedInstance();
+  if (work != "read-no-schema") return SAMLParserController::sharedInstance();
   static SAMLParserController withoutSchema;
   withoutSchema.setSchemaData(nullptr);
   return withoutSchema;

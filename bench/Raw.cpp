@@ -44,14 +44,23 @@ xmlParserInput* loadFromPackages(const char* url, const char* /*id*/, xmlParserC
   return xmlNewInputFromFile(context, (folder + file).c_str());
 }
 
+xmlParserInput* loadFromBundle(const char* file, const char* /*id*/, xmlParserCtxt* context) {
+  return xmlNewInputFromFile(context, (std::string(BUNDLE_DIR "/") + file).c_str());
+}
+
+std::string protocolSchemaIn(const char* folder) {
+  std::ifstream file(std::string(folder) + "/saml-schema-protocol-2.0.xsd");
+  return std::string{std::istreambuf_iterator<char>(file), {}};
+}
+
 void quiet(void* /*context*/, const char* /*format*/, ...) {}
 
-void validateDocument(xmlDoc* doc) {
-  static const std::string protocol = [] {
-    std::ifstream file(OPENSAML_DIR "/saml-schema-protocol-2.0.xsd");
-    return std::string{std::istreambuf_iterator<char>(file), {}};
-  }();
-  xmlSetExternalEntityLoader(&loadFromPackages);
+void validateDocument(xmlDoc* doc, Schema files) {
+  static const std::string ofPackages = protocolSchemaIn(OPENSAML_DIR);
+  static const std::string ofBundle = protocolSchemaIn(BUNDLE_DIR);
+  const bool compact = files == Schema::ofBundle;
+  const std::string& protocol = compact ? ofBundle : ofPackages;
+  xmlSetExternalEntityLoader(compact ? &loadFromBundle : &loadFromPackages);
   const Owned<xmlSchemaParserCtxt> parser(
       xmlSchemaNewMemParserCtxt(protocol.data(), static_cast<int>(protocol.size())));
   xmlSchemaSetParserErrors(parser.get(), &quiet, &quiet, nullptr);
@@ -85,27 +94,41 @@ std::string attribute(xmlNode* node, const char* name) {
 
 }  // namespace
 
-RawAnswer rawRead(std::string_view xml, bool validate) {
-  const Owned<xmlDoc> doc(xmlReadMemory(xml.data(), static_cast<int>(xml.size()), "", nullptr, 0));
+RawValues rawRead(std::string_view message, Schema schema) {
+  const Owned<xmlDoc> doc(
+      xmlReadMemory(message.data(), static_cast<int>(message.size()), "", nullptr, 0));
   require(doc != nullptr, "the message does not parse");
-  if (validate) validateDocument(doc.get());
+  if (schema != Schema::none) validateDocument(doc.get(), schema);
 
-  RawAnswer answer;
+  RawValues values;
   const xmlNode* const root = xmlDocGetRootElement(doc.get());
   const xmlNode* const assertion = child(root, "Assertion");
-  answer.issuer = text(child(root, "Issuer"));
-  answer.status = attribute(child(child(root, "Status"), "StatusCode"), "Value");
-  answer.sessionEnd = attribute(child(assertion, "AuthnStatement"), "SessionNotOnOrAfter");
+  values.issuer = text(child(root, "Issuer"));
+  values.status = attribute(child(child(root, "Status"), "StatusCode"), "Value");
+  values.sessionEnd = attribute(child(assertion, "AuthnStatement"), "SessionNotOnOrAfter");
   const xmlNode* const statement = child(assertion, "AttributeStatement");
   for (xmlNode* node = statement->children; node != nullptr; node = node->next) {
     if (!is(node, "Attribute")) continue;
-    std::vector<std::string> values;
+    std::vector<std::string> texts;
     for (xmlNode* value = node->children; value != nullptr; value = value->next) {
-      if (is(value, "AttributeValue")) values.push_back(text(value));
+      if (is(value, "AttributeValue")) texts.push_back(text(value));
     }
-    answer.attributes.insert_or_assign(attribute(node, "Name"), std::move(values));
+    values.attributes.insert_or_assign(attribute(node, "Name"), std::move(texts));
   }
-  return answer;
+  return values;
+}
+
+Stamp newStamp() {
+  uuid_t uuid;
+  char identifier[UUID_STR_LEN + 1] = "_";
+  uuid_generate_random(uuid);
+  uuid_unparse_upper(uuid, identifier + 1);
+  const std::time_t now = std::time(nullptr);
+  std::tm utc{};
+  gmtime_r(&now, &utc);
+  char instant[32];
+  std::strftime(instant, sizeof instant, "%Y-%m-%dT%H:%M:%SZ", &utc);
+  return {identifier, instant};
 }
 
 std::string rawAuthnRequest(const std::string& issuer) {
@@ -116,18 +139,10 @@ std::string rawAuthnRequest(const std::string& issuer) {
       xmlNewNs(root, xmlText("urn:oasis:names:tc:SAML:2.0:protocol"), xmlText("samlp"));
   xmlSetNs(root, samlp);
 
-  uuid_t uuid;
-  char id[UUID_STR_LEN + 1] = "_";
-  uuid_generate_random(uuid);
-  uuid_unparse_upper(uuid, id + 1);
-  const std::time_t now = std::time(nullptr);
-  std::tm utc{};
-  gmtime_r(&now, &utc);
-  char instant[32];
-  std::strftime(instant, sizeof instant, "%Y-%m-%dT%H:%M:%SZ", &utc);
-  xmlNewProp(root, xmlText("ID"), xmlText(id));
+  const Stamp stamp = newStamp();
+  xmlNewProp(root, xmlText("ID"), xmlText(stamp.identifier.c_str()));
   xmlNewProp(root, xmlText("Version"), xmlText("2.0"));
-  xmlNewProp(root, xmlText("IssueInstant"), xmlText(instant));
+  xmlNewProp(root, xmlText("IssueInstant"), xmlText(stamp.instant.c_str()));
 
   xmlNode* const issuerNode =
       xmlNewTextChild(root, nullptr, xmlText("Issuer"), xmlText(issuer.c_str()));

@@ -9,14 +9,24 @@
 
 namespace bench {
 
-struct RawAnswer {
+struct RawValues {
   std::string issuer, status, sessionEnd;
   std::map<std::string, std::vector<std::string>> attributes;
 };
 
-/// Parses the text, validates it when asked (compiling the schema files as the system packages have
-/// them), and walks the answers out. Ends the program when the text is refused.
-RawAnswer rawRead(std::string_view text, bool validate);
+/// The schema files to validate with: as the system's packages have them, or as the library stages
+/// them for its bundle.
+enum class Schema { none, ofPackages, ofBundle };
+
+/// Parses the message, validates it with these files, compiling them, and walks to the values. Ends
+/// the program when the message is rejected.
+RawValues rawRead(std::string_view message, Schema schema);
+
+/// A new identifier and the current time, as a request has them.
+struct Stamp {
+  std::string identifier, instant;
+};
+Stamp newStamp();
 
 /// Makes an authentication request and dumps it.
 std::string rawAuthnRequest(const std::string& issuer);

@@ -5,9 +5,12 @@ namespace bench {
 
 std::size_t rawWork(std::string_view work, const std::string& message) {
   if (work == "request") return rawAuthnRequest("https://signin.harbour-tv.example").size();
-  const RawAnswer answer = rawRead(message, work == "read");
-  return answer.issuer.size() + answer.status.size() + answer.sessionEnd.size() +
-         answer.attributes.size();
+  const Schema schema = work == "read"           ? Schema::ofPackages
+                        : work == "read-compact" ? Schema::ofBundle
+                                                 : Schema::none;
+  const RawValues values = rawRead(message, schema);
+  return values.issuer.size() + values.status.size() + values.sessionEnd.size() +
+         values.attributes.size();
 }
 
 }  // namespace bench

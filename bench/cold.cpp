@@ -1,5 +1,5 @@
 // One process, one piece of work: what a cold start costs. cold WORK MESSAGE [TIMES]; the work
-// "nothing" only starts libxml2. Prints what the work answered and the peak of memory in kB. It is
+// "nothing" only starts libxml2. Prints the work's result and the peak of memory in kB. It is
 // built twice: with the library, and with libxml2 alone.
 
 #include <cstdio>

@@ -1,10 +1,10 @@
 #include "kestrelink/platform/Base64.h"
 
+#include <resolv.h>
+
 #include <algorithm>
 #include <iterator>
 #include <string>
-
-#include <resolv.h>
 
 namespace kestrelink {
 namespace {

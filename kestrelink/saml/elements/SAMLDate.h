@@ -26,10 +26,10 @@ class SAMLDate {
 
   /// The instant, or the last or first `time_point` when it is out of range.
   constexpr operator time_point() const {  // NOLINT(google-explicit-constructor)
-    if (instant_ >= std::chrono::floor<std::chrono::seconds>(time_point::max())) {
+    if (instant_ > std::chrono::floor<std::chrono::seconds>(time_point::max())) {
       return time_point::max();
     }
-    if (instant_ <= std::chrono::ceil<std::chrono::seconds>(time_point::min())) {
+    if (instant_ < std::chrono::ceil<std::chrono::seconds>(time_point::min())) {
       return time_point::min();
     }
     return instant_;

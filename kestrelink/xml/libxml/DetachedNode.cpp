@@ -50,16 +50,15 @@ const char* DetachedNode::writable(const std::string& text, std::string& replace
   return replacement.c_str();
 }
 
-bool DetachedNode::addChild(DetachedNode child) {
+void DetachedNode::addChild(DetachedNode child) {
   for (const auto& [what, count] : child.notes_) note(what, count);
   child.notes_.clear();
-  if (!child) return true;
+  if (!child) return;
   attributeNamespaces_.insert(attributeNamespaces_.end(),
                               std::make_move_iterator(child.attributeNamespaces_.begin()),
                               std::make_move_iterator(child.attributeNamespaces_.end()));
-  if (xmlAddChild(node_.get(), child.node_.get()) == nullptr) return false;
+  if (xmlAddChild(node_.get(), child.node_.get()) == nullptr) return;
   [[maybe_unused]] const xmlNode* nowOwnedByParent = child.node_.release();
-  return true;
 }
 
 SharedXmlDoc DetachedNode::intoDocument(DetachedNode root, XmlDocOwner doc) {

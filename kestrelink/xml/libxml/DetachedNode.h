@@ -30,7 +30,7 @@ class DetachedNode {
 
   /// Takes over the child's records and notes and, unless the child is null, appends it as the last
   /// child. False when libxml2 refuses.
-  bool addChild(DetachedNode child);
+  void addChild(DetachedNode child);
 
   /// Keeps the record for as long as the node.
   void keep(XmlNsOwner attributeNamespace) {
