@@ -8,12 +8,12 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "SAML 2.0 messages of television sign-in")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_STRIP_FILES ON)
 
-set(runtime "libkestrelink-saml${PROJECT_VERSION_MAJOR}")
+set(runtime "libkestrelink-saml${soversion}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "${runtime}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
-# What the symbols that are used do not tell: the C library must unpack relocations, and libxml2 before
-# 2.14, whose package has no version in its name, must be one that was tried.
+# The symbols do not show these two needs: a C library that unpacks relocations, and a tested libxml2
+# (before 2.14 its package has no version in its name).
 set(depends "")
 if(KESTRELINK_PACKED_RELOCATIONS)
   list(APPEND depends "libc6 (>= 2.36)")
@@ -23,26 +23,24 @@ if(LIBXML2_VERSION_STRING VERSION_LESS 2.14)
 endif()
 list(JOIN depends ", " CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS)
 file(WRITE "${PROJECT_BINARY_DIR}/debian/shlibs"
-  "libkestrelink-saml ${PROJECT_VERSION_MAJOR} ${runtime} (>= ${PROJECT_VERSION})\n")
-# A trigger runs ldconfig. CPack leaves out its own scripts that would when these two, which do not
-# exist, are named.
+  "libkestrelink-saml ${soversion} ${runtime} (>= ${PROJECT_VERSION})\n")
+# A trigger runs ldconfig. Naming two scripts that do not exist makes CPack leave out its own.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
   "${PROJECT_BINARY_DIR}/debian/shlibs;${PROJECT_SOURCE_DIR}/cmake/debian/triggers"
   "${PROJECT_BINARY_DIR}/debian/none/postinst;${PROJECT_BINARY_DIR}/debian/none/postrm")
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
-"Reads a television provider's answer to a sign-in and makes the requests that
-go before and after it. This package holds the shared library, the schema
-files it validates by, and the command-line tool ksaml.")
+"Reads a television provider's SAML response to a sign-in and makes the SAML
+requests. This package holds the shared library, the schema files for its
+validation, and the command-line tool ksaml.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkestrelink-saml-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime} (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "libxml2-dev, uuid-dev")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
-"Headers, static library, and the files by which CMake and pkg-config find the
-library.")
+"Headers, the static library, and files for CMake and pkg-config.")
 
-# What Debian wants to find beside a package's files.
+# Debian requires these files in a package.
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   configure_file(cmake/debian/changelog.in "${PROJECT_BINARY_DIR}/changelog" @ONLY)
   kestrelink_compressed("${PROJECT_BINARY_DIR}/changelog" changelog.gz)

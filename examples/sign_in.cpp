@@ -1,8 +1,8 @@
 // Signing a subscriber in, from the first request to what they may watch.
 //
 // The client does what the library does not: it sends, it receives, and it verifies the signature
-// of every answer before the library reads it (see verify_then_read/). Here the answers come from
-// files: sign_in ANSWER [DECISION].
+// of every response before the library reads it (see verify_then_read/). Here the responses are
+// files: sign_in RESPONSE [DECISION].
 
 #include <kestrelink/saml/KestrelinkSAML.h>
 
@@ -15,10 +15,10 @@ namespace ks = kestrelink;
 
 namespace {
 
-// Stands for the client's network: sends the request, receives the answer, verifies it.
-std::string sendAndVerify(const std::optional<std::string>& request, const char* answerFile) {
+// Stands for the client's network: sends the request, receives the response, verifies it.
+std::string sendAndVerify(const std::optional<std::string>& request, const char* responseFile) {
   std::cout << "--> " << request.value_or("").substr(0, 60) << "...\n";
-  std::ifstream file(answerFile);
+  std::ifstream file(responseFile);
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -30,17 +30,17 @@ int giveUp(const std::string& why) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) return giveUp("no answer given");
+  if (argc < 2) return giveUp("no response given");
   const auto& controller = ks::SAMLParserController::sharedInstance();
   if (!controller.schema()) return giveUp("the schema is missing, so nothing would be validated");
 
   // Ask quietly first; the provider says when it must show its sign-in page.
   const auto request = controller.newAuthNRequest("https://signin.harbour-tv.example");
   request->setIsPassive(true);
-  const std::string answer = sendAndVerify(request->xmlString(), argv[1]);
+  const std::string responseText = sendAndVerify(request->xmlString(), argv[1]);
 
   std::optional<ks::ErrorInfo> error;
-  const auto response = controller.parseResponse(answer, &error);
+  const auto response = controller.parseResponse(responseText, &error);
   if (!response) return giveUp(error ? error->domain + " " + std::to_string(error->code) : "");
   if (response->expectedAction() == ks::SAMLExpectedActionPresentUI) {
     return giveUp("show the provider's sign-in page, then ask again without setIsPassive");
@@ -51,7 +51,7 @@ int main(int argc, char** argv) {
   const auto assertions = response->assertions();
   if (!response->hasValidAuthentication() || !assertions || assertions->empty() ||
       !assertions->front()->isValidForRequestor("https://signin.harbour-tv.example")) {
-    return giveUp("the answer is not about this client");
+    return giveUp("the response is not for this client");
   }
 
   std::cout << "signed in: " << response->userName().value_or("a subscriber") << " at "
@@ -62,10 +62,10 @@ int main(int argc, char** argv) {
     std::cout << "\n";
   }
 
-  // May this subscriber watch? The question carries the subject of the answer.
+  // May this subscriber watch? The query carries the subject of the response.
   const char* const channel = "https://harbour-tv.example/live";
   const auto query = controller.newAuthZQuery(channel, "HARBOUR");
-  query->setSubjectFromResponse(answer);
+  query->setSubjectFromResponse(responseText);
   query->addAction(ks::SAMLAuthZDecisionQueryActionPlay);
   const auto decision =
       controller.parseResponse(sendAndVerify(query->xmlString(), argc > 2 ? argv[2] : argv[1]));

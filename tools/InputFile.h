@@ -5,7 +5,7 @@
 
 namespace ksaml {
 
-/// The bytes of a file, or of standard input for "-"; absent, with a line on standard error, when
+/// The bytes of a file, or of standard input for "-"; `std::nullopt`, with a line on standard error, when
 /// they cannot be read.
 std::optional<std::string> readInput(const std::string& path);
 

@@ -16,15 +16,15 @@ using kestrelink::SAMLResponse;
 using kestrelink::standard::attributeText;
 
 // For spans of time alone: the verdicts are the library's.
-SAMLDate now() { return std::chrono::system_clock::now(); }
+SAMLDate currentTime() { return std::chrono::system_clock::now(); }
 
 std::string ago(const SAMLDate& date) {
-  return spanText(now().seconds() - date.seconds()) + " ago";
+  return spanText(currentTime().seconds() - date.seconds()) + " ago";
 }
 std::string ahead(const SAMLDate& date) {
-  return "in " + spanText(date.seconds() - now().seconds());
+  return "in " + spanText(date.seconds() - currentTime().seconds());
 }
-std::string beside(const SAMLDate& date) { return date > now() ? ahead(date) : ago(date); }
+std::string beside(const SAMLDate& date) { return date > currentTime() ? ahead(date) : ago(date); }
 
 /// The date attribute with where it lies; empty when the element has none.
 std::string dateAttribute(const kestrelink::XMLWrapperElement& element, std::string_view name,
@@ -32,7 +32,7 @@ std::string dateAttribute(const kestrelink::XMLWrapperElement& element, std::str
   if (date) return dateText(*date) + " (" + beside(*date) + ")";
   const auto text = attributeText(element, name);
   if (!text) return {};
-  return "\"" + printable(*text) + "\" (does not parse: read as absent)";
+  return "\"" + printable(*text) + "\" (malformed: read as if it were not there)";
 }
 
 // Verdict
@@ -58,8 +58,8 @@ constexpr KnownError kKnownErrors[] = {
 
 const char* timeReason(const SAMLResponse& response, const ReadOptions& options) {
   return options.cached || response.assertionMeetsConditions()
-             ? "no assertion has an authentication that still holds"
-             : "now is outside the time window of every assertion";
+             ? "the authentication of every assertion has expired, or has no end"
+             : "no assertion's time window includes the current time";
 }
 
 std::string reasonOf(const Reading& reading, const ReadOptions& options) {
@@ -158,9 +158,9 @@ std::string conditionsText(const SAMLAssertion& assertion) {
   const auto until = conditions->notOnOrAfter();
   std::string text = "conditions met";
   if (!assertion.meetsConditions()) {
-    const bool early = from && (!until || *from > now());
-    text = early ? "not yet valid, for " + spanText(from->seconds() - now().seconds())
-                 : "expired by " + spanText(now().seconds() - until->seconds());
+    const bool early = from && (!until || *from > currentTime());
+    text = early ? "not yet valid, for " + spanText(from->seconds() - currentTime().seconds())
+                 : "expired by " + spanText(currentTime().seconds() - until->seconds());
   }
   const std::string start = dateAttribute(*conditions, "NotBefore", from);
   const std::string end = dateAttribute(*conditions, "NotOnOrAfter", until);
@@ -233,7 +233,7 @@ std::string unreadDatesText(const SAMLResponse& response) {
   return table.empty() ? "" : "\n  Dates that were not read\n" + table.text("    ");
 }
 
-std::string answers(const SAMLResponse& response, const ReadOptions& options) {
+std::string contents(const SAMLResponse& response, const ReadOptions& options) {
   Table table;
   const auto assertions = response.assertions();
   table.add("Root", shown(response.documentElement()->tagName()));
@@ -261,7 +261,7 @@ std::string answers(const SAMLResponse& response, const ReadOptions& options) {
 
 std::string textReport(const Reading& reading, const ReadOptions& options, bool colour) {
   std::string text = verdict(reading, options, colour);
-  if (reading.response) text += answers(*reading.response, options);
+  if (reading.response) text += contents(*reading.response, options);
   return text;
 }
 

@@ -6,7 +6,7 @@
 
 namespace ksaml {
 
-/// The reading for people: verdict first, then the answers.
+/// The reading for people: the verdict first, then what the message says.
 std::string textReport(const Reading& reading, const ReadOptions& options, bool colour);
 
 }  // namespace ksaml

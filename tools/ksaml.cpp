@@ -20,10 +20,10 @@ int run(int argc, char** argv) {
 
   ksaml::ReadCommand read;
   CLI::App* const readCommand =
-      app.add_subcommand("read", "Read a provider's answer and say what it holds");
+      app.add_subcommand("read", "Read a provider's response and show what it says");
   readCommand->footer("Exit status: 0 all accepted, 1 some rejected, 2 usage or unreadable file.");
   readCommand->add_flag("--cached", read.options.cached,
-                        "Do not check the time window, as for an answer that was kept");
+                        "Do not check the time window: for a response that was stored");
   readCommand->add_flag("--no-schema", read.options.noSchema,
                         "Do not validate the message against the schema");
   readCommand->add_flag("--base64", read.base64,

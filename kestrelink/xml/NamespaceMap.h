@@ -20,7 +20,7 @@ class NamespaceMap {
   /// The entry at a position of the order.
   const Entry& at(std::size_t position) const { return (*list_)[size_ - 1 - position]; }
 
-  /// The namespace of that prefix (absent: the default namespace), or null.
+  /// The namespace of that prefix (`std::nullopt`: the default namespace), or null.
   Entry find(const std::optional<std::string>& prefix) const {
     for (std::size_t position = 0; position < size_; ++position) {
       if (at(position)->prefix() == prefix) return at(position);

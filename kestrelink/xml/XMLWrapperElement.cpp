@@ -35,7 +35,7 @@ std::size_t lengthOf(const Record* first, Counts counts) {
 }
 
 template <class Value>
-const Value& absent() {
+const Value& none() {
   static const auto& value = noDestructor<Value>();
   return value;
 }
@@ -191,7 +191,7 @@ XMLWrapperElement::Changes& XMLWrapperElement::changes() {
 
 const std::optional<std::string>& XMLWrapperElement::tagName() const {
   if (changes_ && changes_->tagName) return *changes_->tagName;
-  return readTagName_ != nullptr ? *readTagName_ : absent<std::optional<std::string>>();
+  return readTagName_ != nullptr ? *readTagName_ : none<std::optional<std::string>>();
 }
 void XMLWrapperElement::setTagName(std::optional<std::string> tagName) {
   changes().tagName = std::move(tagName);
@@ -204,7 +204,7 @@ void XMLWrapperElement::setTextContent(std::optional<std::string> textContent) {
 
 const std::optional<std::vector<std::string>>& XMLWrapperElement::childElementSequence() const {
   return changes_ ? changes_->childElementSequence
-                  : absent<std::optional<std::vector<std::string>>>();
+                  : none<std::optional<std::vector<std::string>>>();
 }
 void XMLWrapperElement::setChildElementSequence(std::optional<std::vector<std::string>> sequence) {
   changes().childElementSequence = std::move(sequence);
@@ -212,7 +212,7 @@ void XMLWrapperElement::setChildElementSequence(std::optional<std::vector<std::s
 
 const std::shared_ptr<XMLWrapperQuery>& XMLWrapperElement::query() const {
   if (changes_ && changes_->query) return *changes_->query;
-  return reading_ ? reading_->query : absent<std::shared_ptr<XMLWrapperQuery>>();
+  return reading_ ? reading_->query : none<std::shared_ptr<XMLWrapperQuery>>();
 }
 void XMLWrapperElement::setQuery(std::shared_ptr<XMLWrapperQuery> query) {
   changes().query = std::move(query);
@@ -246,7 +246,7 @@ void XMLWrapperElement::setAttributeWithName(std::string_view name,
 
 const NamespaceMap& XMLWrapperElement::namespaces() const {
   if (changes_ && changes_->namespaces) return *changes_->namespaces;
-  return readNamespaces_ != nullptr ? *readNamespaces_ : absent<NamespaceMap>();
+  return readNamespaces_ != nullptr ? *readNamespaces_ : none<NamespaceMap>();
 }
 
 void XMLWrapperElement::setNamespace(const std::shared_ptr<const XMLWrapperNamespace>& ns) {

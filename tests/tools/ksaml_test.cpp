@@ -171,8 +171,8 @@ TEST(Ksaml, SaysWhyForPeople) {
       {kSample, {"answer.xml: accepted\n", "mara.lindqvist", "proceed", "55802, 55804"}},
       {"--no-schema " + kSample, {"accepted\n  not validated: no schema\n"}},
       {kGolden + "expired.xml",
-       {"rejected: now is outside the time window", "SAMLParserErrorDomain 401", "expired by ",
-        "User            erin\n"}},
+       {"rejected: no assertion's time window includes the current time",
+        "SAMLParserErrorDomain 401", "expired by ", "User            erin\n"}},
       {"--cached " + kGolden + "not-a-response.xml",
        {"its root is no response: nothing was judged"}},
       {kGolden + "needs-ui.xml", {"show the provider's sign-in user interface"}},
@@ -191,8 +191,8 @@ TEST(Ksaml, SaysWhyForPeople) {
        {"encrypted.xml: accepted, but its assertions are encrypted: nothing was read\n",
         "Encrypted       1 more, not read"}},
       {"--no-schema " + kGolden + "odd.xml",
-       {"\"2030-01-01T00:00:00.5Z\" (does not parse: read as absent)", "not yet valid, for ",
-        "[31mred\\u009b", "it has a fraction of a second"}},
+       {"\"2030-01-01T00:00:00.5Z\" (malformed: read as if it were not there)",
+        "not yet valid, for ", "[31mred\\u009b", "it has a fraction of a second"}},
   };
   for (const auto& [arguments, expected] : rows) {
     const Outcome run = ksaml("read " + arguments + " 2>/dev/null");

@@ -27,9 +27,9 @@ DetachedNode::~DetachedNode() {
 }
 
 DetachedNode DetachedNode::refused(const char* reason) {
-  DetachedNode absent;
-  absent.note(reason, 1);
-  return absent;
+  DetachedNode nothing;
+  nothing.note(reason, 1);
+  return nothing;
 }
 
 void DetachedNode::note(const char* what, int count) {
