@@ -15,8 +15,8 @@ class XMLWrapperQuery;
 /// elements and attributes refer to it.
 class NamespaceRecords {
  public:
-  /// What an element in that namespace records: its own record and those that follow it in the
-  /// `next` links, not the element's declarations. Null for null. Lives as long as this object.
+  /// The namespaces of an element whose namespace is `own`: that record and those after it in its
+  /// list, whichever element declared them. Null for null. Lives as long as this object.
   const NamespaceMap* recordedFrom(const _xmlNs* own);
 
   /// The namespace of an attribute; null for null.

@@ -27,10 +27,10 @@ class KESTRELINK_TYPE SAMLResponseElement : public SAMLBaseElement {
   /// In document order. `std::nullopt`, not an empty list, for a logout response.
   virtual std::optional<Assertions> assertions() const;
 
-  /// Whether there are no assertions, or the time window of one of them includes the current time.
-  /// Assertions are checked up to the first that does. With either result the error becomes that of
-  /// the last checked assertion that reported one, or `std::nullopt`; it is not changed when there
-  /// are no assertions.
+  /// Whether the time window of an assertion includes the current time; true when there are no
+  /// assertions. The check stops at the first such assertion. Whatever the result, `error` is then
+  /// the last error that a checked assertion reported, or `std::nullopt`. Without assertions it is
+  /// not changed.
   virtual bool assertionMeetsConditions(ErrorOut error = nullptr) const;
 
   /// The authentication statement of the first assertion that has one, or null.

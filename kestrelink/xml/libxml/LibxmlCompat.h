@@ -77,10 +77,10 @@ inline std::string_view libxmlTextAhead(xmlParserInput& input) noexcept {
           static_cast<std::size_t>(input.end - input.cur)};
 }
 
-/// The cost of one tag's names, in comparisons. libxml2 compares each attribute and namespace with
-/// those before it, each prefix with the namespaces in scope, and each name and identifier with one
-/// hash chain. There are few thousand chains for all names, or all identifiers, of a message, and
-/// their entries lie far apart in memory.
+/// The comparisons that libxml2 makes for one tag: each attribute and namespace with those before
+/// it, each prefix with the namespaces in scope, and each name and identifier with the entries of a
+/// hash chain. The number of chains is fixed. An entry of a chain counts as `kFarApart`
+/// comparisons, because it lies far from the one before it in memory.
 inline std::size_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceCount,
                                      int attributeCount,
                                      std::size_t identifiersOfMessage) noexcept {
@@ -89,8 +89,8 @@ inline std::size_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceC
   const auto inScope = static_cast<std::size_t>(parser.nsNr) / 2;
   constexpr std::size_t kListsOfNames = 4608, kFarApart = 50;
   const auto inList = static_cast<std::size_t>(xmlDictSize(parser.dict)) / kListsOfNames;
-  // During validation an identifier is compared with half of a chain, entry and text. Counted for
-  // every tag, also for those without an identifier: an upper bound is enough.
+  // Validation compares an identifier with half of its chain, two places in memory each. For
+  // simplicity it is counted for every tag, which is an upper bound.
   constexpr std::size_t kListsOfIdentifiers = 16384;
   const std::size_t identifiersInList = identifiersOfMessage / kListsOfIdentifiers;
   return (namespaces * namespaces + attributes * attributes) / 2 +
