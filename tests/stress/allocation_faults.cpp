@@ -25,7 +25,7 @@
 #include "kestrelink/saml/KestrelinkSAML.h"
 #include "kestrelink/saml/elements/SAMLDateText.h"
 
-#include "tests/fuzz/Answers.h"
+#include "tests/support/Reading.h"
 #include "tests/stress/Faults.h"
 #include "tests/support/Attack.h"
 
@@ -67,7 +67,7 @@ bool isNone(std::string_view result) { return result.substr(0, 4) == "none"; }
 
 std::string textOf(const Response& response, const Error& error) {
   if (!response) return none(error);
-  return response->xmlString().value() + fuzz::shown(fuzz::answersOf(*response));
+  return response->xmlString().value() + fuzz::shown(fuzz::readingOf(*response));
 }
 
 std::string textOf(const std::optional<XMLWrapperElement::List>& found, const Error& error) {
@@ -98,7 +98,7 @@ std::string everyQuestion() {
   const Response response = readWithoutSchema();
   const FaultWindow faults;
   const auto confirmation = response->subject()->subjectConfirmations().front();
-  return fuzz::shown(fuzz::answersOf(*response)) + std::to_string(response->expectedAction()) +
+  return fuzz::shown(fuzz::readingOf(*response)) + std::to_string(response->expectedAction()) +
          SAMLStringFromDate(response->authenticationTTL()).value_or("-") +
          response->authorizationStatusForResource("https://tv.example/1").value_or("-") +
          confirmation->recipient().value_or("-") +

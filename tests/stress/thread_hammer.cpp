@@ -25,7 +25,7 @@
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 #include "kestrelink/xml/XMLWrapperQuery.h"
 
-#include "tests/fuzz/Answers.h"
+#include "tests/support/Reading.h"
 #include "tests/support/Attack.h"
 
 namespace {
@@ -47,7 +47,7 @@ std::string read(const std::string& message, bool schema) {
   std::optional<ErrorInfo> error;
   const auto response = controller.parseResponse(message, &error);
   if (response)
-    return fuzz::shown(fuzz::answersOf(*response)) + response->xmlString().value_or("-");
+    return fuzz::shown(fuzz::readingOf(*response)) + response->xmlString().value_or("-");
   return error ? error->domain + std::to_string(error->code) : "no error";
 }
 

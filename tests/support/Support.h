@@ -1,12 +1,15 @@
-// What the tests share: inline XML, a clock that stands still, a log that can be read.
+// What the tests share: inline XML, files of cases, a clock that stands still, a log that can be
+// read.
 #pragma once
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -51,6 +54,25 @@ inline void expectAllKept(const std::string& folder, std::string_view extension,
   }
 }
 
+/// Compares a file of cases with what is returned for each. An input is a line that begins with
+/// neither a blank nor "#", in which "\xE9" stands for a byte; what it gives is indented below it.
+inline void expectCases(const std::string& name,
+                        const std::function<std::string(const std::string& input)>& work) {
+  std::istringstream kept(file(name));
+  std::string all;
+  for (std::string line; std::getline(kept, line);) {
+    if (line.starts_with(' ')) continue;
+    all += line + "\n";
+    if (line.empty() || line.starts_with('#')) continue;
+    for (std::size_t at; (at = line.find("\\x")) != std::string::npos;) {
+      line.replace(at, 4, 1, static_cast<char>(std::stoi(line.substr(at + 2, 2), nullptr, 16)));
+    }
+    std::istringstream given(work(line));
+    while (std::getline(given, line)) all += "  " + line + "\n";
+  }
+  expectKept(name, all);
+}
+
 /// The document of an inline message, read without a schema and with the SAML classes registered.
 inline std::shared_ptr<SAMLResponse> read(std::string_view xml, ErrorOut error = nullptr) {
   SAMLParserController::sharedInstance();
@@ -66,9 +88,28 @@ std::shared_ptr<Element> root(std::string_view xml) {
   return element;
 }
 
+/// An element with its class, text, namespaces and attributes, and all below it.
+inline std::string described(const XMLWrapperElement& element, const std::string& indent = "") {
+  std::string all = indent + shown(element.tagName());
+  const std::string_view name = element.dynamicClass().name();
+  if (name != "XMLWrapperElement") all.append(" is a ").append(name);
+  if (element.textContent()) all += " text='" + shown(element.textContent()) + "'";
+  for (std::size_t at = 0; at < element.namespaces().size(); ++at) {
+    const auto& ns = element.namespaces().at(at);
+    all += " xmlns:" + shown(ns->prefix()) + "=" + shown(ns->href());
+  }
+  for (const auto& [key, attribute] : element.attributes()) {
+    all += " " + key + "='" + shown(attribute->value()) + "'";
+    if (const auto& ns = attribute->ns()) all += " in " + shown(ns->prefix(), ns->href());
+    if (attribute->type() != 0) all += " type " + shown(attribute->type());
+  }
+  for (const auto& child : element.elements()) all += "\n" + described(*child, indent + "  ");
+  return all;
+}
+
 /// "domain code", or "none".
 inline std::string text(const std::optional<ErrorInfo>& error) {
-  return error ? error->domain + " " + std::to_string(error->code) : "none";
+  return error ? shown(error) : "none";
 }
 
 /// The clock of the library stands still while it lives.
