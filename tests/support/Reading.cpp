@@ -27,10 +27,10 @@ constexpr const char* kRequestors[] = {"a", "b", "c", ""};
 void readAssertion(Reading& all, const SAMLAssertion& assertion) {
   all["audiences"] += shown(standard::audiencesOf(assertion));
   for (const std::string requestor : kRequestors) {
-    if (assertion.isValidForRequestor(requestor)) all["valid for"] += requestor + " ";
+    if (assertion.isValidForRequestor(requestor)) all["valid for"] += "(" + requestor + ")";
   }
   for (const standard::Decision& decision : standard::decisionsOf(assertion)) {
-    all["decisions"] += shown(decision.resource, decision.decision, decision.actions) + " ";
+    all["decisions"] += "(" + shown(decision.resource, decision.decision, decision.actions) + ")";
   }
 }
 

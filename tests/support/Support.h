@@ -54,21 +54,21 @@ inline void expectAllKept(const std::string& folder, std::string_view extension,
   }
 }
 
-/// Compares a file of cases with what is returned for each. An input is a line that begins with
-/// neither a blank nor "#", in which "\xE9" stands for a byte; what it gives is indented below it.
+/// Compares a file of cases with what is returned for each: an input is a line of its own, in which
+/// "\xE9" stands for a byte, and what it gives stands below it, after "|". "#" begins a comment.
 inline void expectCases(const std::string& name,
                         const std::function<std::string(const std::string& input)>& work) {
   std::istringstream kept(file(name));
   std::string all;
   for (std::string line; std::getline(kept, line);) {
-    if (line.starts_with(' ')) continue;
+    if (line.starts_with('|')) continue;
     all += line + "\n";
     if (line.empty() || line.starts_with('#')) continue;
     for (std::size_t at; (at = line.find("\\x")) != std::string::npos;) {
       line.replace(at, 4, 1, static_cast<char>(std::stoi(line.substr(at + 2, 2), nullptr, 16)));
     }
     std::istringstream given(work(line));
-    while (std::getline(given, line)) all += "  " + line + "\n";
+    while (std::getline(given, line)) all += (line.empty() ? "|" : "| ") + line + "\n";
   }
   expectKept(name, all);
 }
