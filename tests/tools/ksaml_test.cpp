@@ -6,8 +6,6 @@
 #include <filesystem>
 #include <regex>
 
-#include <nlohmann/json.hpp>
-
 #include "tests/support/Support.h"
 
 namespace {
@@ -31,25 +29,6 @@ Outcome shell(const std::string& command, const std::string& programs = BUILD_DI
   }
   const int status = pclose(pipe);
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, out};
-}
-
-// What the tool says of each message NAME.xml is kept in NAME.json.
-TEST(Ksaml, GoldenReports) {
-  const std::map<std::string, std::string> options = {
-      {"entitlements.xml", "--no-schema --resource https://tv.example/ch/1 --resource none:2 "},
-      {"odd.xml", "--no-schema "}};
-  std::map<std::string, std::string> texts;
-  for (const auto& entry : fs::directory_iterator(kGolden)) {
-    const std::string name = entry.path().filename().string();
-    if (entry.path().extension() != ".xml") continue;
-    const std::string more = options.contains(name) ? options.at(name) : "";
-    const Outcome run = shell("ksaml read --json " + more + name + " 2>/dev/null");
-    const auto report = nlohmann::ordered_json::parse(run.out);
-    texts[entry.path().stem().string() + ".json"] = report.dump(2) + "\n";
-    EXPECT_EQ(run.status, report["accepted"] ? 0 : 1) << name;
-    EXPECT_EQ(run.out.find('\n'), run.out.size() - 1) << "one line a message";
-  }
-  kestrelink::testing::expectAllKept("tests/golden/", ".json", texts);
 }
 
 TEST(Ksaml, GoldenTranscript) {
