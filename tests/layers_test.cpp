@@ -11,13 +11,13 @@ namespace {
 // The files of a folder: how many includes of a header in quotes there are, each of which must
 // match.
 int includesThatMatch(const std::string& folder, const std::string& allowed) {
-  const std::regex pattern("#include \"" + allowed + "\"");
+  const std::regex pattern("^#include \"" + allowed + "\"");
   int includes = 0;
   for (const auto& file : std::filesystem::directory_iterator(SOURCE_DIR "/" + folder)) {
     std::ifstream source(file.path());
     for (std::string line; std::getline(source, line);) {
       if (!line.starts_with("#include \"")) continue;
-      EXPECT_TRUE(std::regex_match(line, pattern)) << file.path() << ": " << line;
+      EXPECT_TRUE(std::regex_search(line, pattern)) << file.path() << ": " << line;
       ++includes;
     }
   }
@@ -36,7 +36,7 @@ TEST(Layers, IncludesPointDownwards) {
   EXPECT_GT(includes, 100);
 
   // What a client could have written includes what a client can include.
-  const std::string own = "(kestrelink/(saml/KestrelinkSAML|standard/[A-Za-z]+)|[A-Za-z]+)\\.h";
+  const std::string own = "(kestrelink/(saml/KestrelinkSAML|standard/[A-Za-z]+)|[A-Za-z0-9]+)\\.h";
   for (const std::string folder : {"kestrelink/standard", "tools"}) {
     EXPECT_GT(includesThatMatch(folder, own), 0) << folder;
   }

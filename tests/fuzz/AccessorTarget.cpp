@@ -25,9 +25,6 @@ void tellAll(XMLWrapperElement& e, std::string_view text) {
   tell<SAMLAttribute>(e, text, &SAMLAttribute::setName, &SAMLAttribute::addAttributeValue);
   tell<SAMLAdvice>(e, text, &SAMLAdvice::setAssertionIDRef, &SAMLAdvice::setAssertionURIRef);
   tell<SAMLScoping>(e, text, &SAMLScoping::addRequesterId);
-  tell<SAMLAuthNRequestElement>(e, text, &SAMLAuthNRequestElement::setIssuer);
-  tell<SAMLAttributeQueryElement>(e, text, &SAMLAttributeQueryElement::setChannelId);
-  tell<SAMLAuthZDecisionQueryElement>(e, text, &SAMLAuthZDecisionQueryElement::setChannelId);
   using Logout = SAMLLogoutRequestElement;
   tell<Logout>(e, text, &Logout::setIssuer, &Logout::setSessionIndex);
 }

@@ -86,19 +86,5 @@ TEST(Elements, AreAllInTheTable) {
   EXPECT_EQ(classes + 1, read.size()) << "with XMLWrapperElement";
 }
 
-TEST(Assertion, OfAnElementByItself) {
-  EXPECT_FALSE(root<SAMLAssertion>("<Assertion/>")->isValidForRequestor(""));
-  EXPECT_TRUE(root<SAMLAssertion>("<Assertion/>")->isValid());
-}
-
-TEST(Advice, ReferencesStayEmpty) {
-  const auto advice = SAMLAdvice::createElement();
-  advice->setAssertion(SAMLAssertion::createElement());
-  advice->setAssertionIDRef("_a");
-  advice->setAssertionURIRef("urn:a");
-  EXPECT_EQ(shown(advice->elements(), advice->assertionIDRef(), advice->assertionURIRef()),
-            "[<Assertion> <AssertionIDRef> <AssertionURIRef>] - -");
-}
-
 }  // namespace
 }  // namespace kestrelink::testing

@@ -144,25 +144,30 @@ std::string standardForm(Request& request) {
 }
 
 template <class Request>
-std::string described(const std::shared_ptr<Request>& request,
-                      const std::vector<std::string>& set) {
+std::shared_ptr<Request> filled(std::shared_ptr<Request> request,
+                                const std::vector<std::string>& set) {
+  Setters setters = settersOf(*request);
+  auto& e = *request->requestElement();
+  setters["child"] = [&](Text value) { e.addChildElement(standard::elementFromText(value)); };
+  setters["destination"] = [&](Text value) { standard::setDestination(*request, value); };
   for (std::size_t each = 1; each < set.size(); ++each) {
-    Setters setters = settersOf(*request);
-    setters["child"] = [&](Text value) {
-      request->requestElement()->addChildElement(standard::elementFromText(value));
-    };
-    setters["destination"] = [&](Text value) { standard::setDestination(*request, value); };
-    setters["standard"] = [&](Text) { standardForm(*request); };
     const std::size_t at = set[each].find('=');
     setters.at(set[each].substr(0, at))(set[each].substr(at + 1));
   }
+  return request;
+}
+
+// Of two requests that were filled in alike.
+template <class Request>
+std::string described(const std::shared_ptr<Request>& request,
+                      const std::shared_ptr<Request>& same) {
   std::string all = shown(request->requestElement()->elements());
   const std::string text = shown(request->xmlString());
   EXPECT_EQ(shown(request->xmlString()), text) << "written twice";
   const std::string own = getters(*request->requestElement());
   const std::string again = getters(*read(text)->documentElement());
-  all += "\nread:" + own + (own == again ? "" : "\nread again:" + again) + "\n";
-  return all + text + "\nstandard: " + standardForm(*request);
+  all += "\nread:" + own + (own == again ? "" : "\nread again:" + again) + "\n" + text;
+  return all + "\nstandard: " + standardForm(*same);
 }
 
 class Requests : public ::testing::Test {
@@ -182,18 +187,33 @@ TEST_F(Requests, GoldenTexts) {
     const auto set = split(line, " | ");
     const std::size_t blank = std::min(set[0].find(' '), set[0].size() - 1);
     const std::string kind = set[0].substr(0, set[0].find(' ')), with = set[0].substr(blank + 1);
-    std::string all = kind == "authn"        ? described(controller_.newAuthNRequest(with), set)
-                      : kind == "attributes" ? described(controller_.newAttributeQuery(with), set)
-                      : kind == "authz"      ? described(controller_.newAuthZQuery(with, "C"), set)
-                                             : described(controller_.newLogoutRequest(), set);
+    const auto of = [&](const auto& make) {
+      return described(filled(make(), set), filled(make(), set));
+    };
+    std::string all = kind == "authn" ? of([&] { return controller_.newAuthNRequest(with); })
+                      : kind == "attributes"
+                          ? of([&] { return controller_.newAttributeQuery(with); })
+                      : kind == "authz" ? of([&] { return controller_.newAuthZQuery(with, "C"); })
+                                        : of([&] { return controller_.newLogoutRequest(); });
     for (const std::string& entry : LogCapture::lines()) {
       if (!entry.starts_with("libxml2")) all += "\nlog: " + entry;
     }
     return all;
   });
+  const auto none = controller_.newAuthZQuery(std::string_view(), "C")->requestElement();
+  EXPECT_TRUE(none->attributeWithName("Resource") && !none->resource());
   EXPECT_EQ(standard::toStandardForm(*SAMLAuthNRequest::initWithElement(nullptr, nullptr)),
             standard::StandardForm::noRequest);
   EXPECT_STRNE(standard::reasonOf(standard::StandardForm::noRequest), "");
+}
+
+// What was set after a standard form was made is in the next.
+TEST_F(Requests, TheirStandardFormCanBeMadeAgain) {
+  const auto authn = controller_.newAuthNRequest("I");
+  authn->setProviderName("P");
+  standardForm(*authn);
+  authn->setProviderName("Q");
+  EXPECT_NE(standardForm(*authn).find(" ProviderName=\"Q\""), std::string::npos);
 }
 
 TEST(Elements, NamesThatAreNoneAreNotWritten) {
@@ -209,14 +229,19 @@ TEST(Elements, NamesThatAreNoneAreNotWritten) {
             "An element whose tag name is no XML name cannot be written (3 times)");
 }
 
-TEST(Elements, GoldenScopingAndAttribute) {
+TEST_F(Requests, GoldenSetters) {
   const auto scoping = SAMLScoping::createElement();
   for (const auto id : {"a", "a"}) scoping->addRequesterId(id);
   const auto attribute = SAMLAttribute::createElement();
   for (const auto name : {"first", "HouseholdID"}) attribute->setName(name);
   for (const auto value : {"5", "6"}) attribute->addAttributeValue(value);
-  expectKept("tests/golden/cases/setters.xml",
-             shown(scoping->xmlString(), attribute->xmlString()) + "\n");
+  // The references of an advice stay empty.
+  const auto advice = SAMLAdvice::createElement();
+  advice->setAssertion(SAMLAssertion::createElement());
+  advice->setAssertionIDRef("_a");
+  advice->setAssertionURIRef("urn:a");
+  const auto texts = shown(scoping->xmlString(), attribute->xmlString(), advice->xmlString());
+  expectKept("tests/golden/cases/setters.xml", texts + "\n");
 }
 
 // Each document class over its own request, and over a message that is none.

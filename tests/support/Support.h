@@ -69,9 +69,10 @@ inline void expectCases(const std::string& name,
     std::istringstream given(work(line));
     while (std::getline(given, line)) {
       const unsigned char last = isUtf8(line) ? 255 : 127;
-      std::replace_if(
-          line.begin(), line.end(), [last](unsigned char each) { return each == 0 || each > last; },
-          '?');
+      const auto isUnreadable = [last](unsigned char each) {
+        return (each < ' ' && each != '\t') || each > last;
+      };
+      std::replace_if(line.begin(), line.end(), isUnreadable, '?');
       all += (line.empty() ? "|" : "| ") + line + "\n";
     }
   }
