@@ -15,6 +15,7 @@ template <class Ask>
 std::string verdict(Ask ask) {
   std::optional<ErrorInfo> error = ErrorInfo{"the error of before", 1, {}};
   const bool yes = ask(&error);
+  if (ask(nullptr) != yes) return "another one without an error";
   return (yes ? "yes, " : "no, ") + shown(error);
 }
 
@@ -57,7 +58,12 @@ Reading readingOf(const SAMLResponse& response) {
                  {"destination", shown(standard::destinationOf(response))},
                  {"signed", shown(standard::signedElements(response))}};
   if (const auto count = standard::encryptedAssertions(response)) all["encrypted"] = shown(count);
-  for (const auto& [name, values] : response.attributes()) all["attribute " + name] = shown(values);
+  const auto attributes = response.attributes();
+  for (const auto& [name, values] : attributes) all["attribute " + name] = shown(values);
+  for (const std::string& name :
+       {attributes.empty() ? "" : attributes.begin()->first, std::string("A")}) {
+    all["values of " + name] = shown(response.attributeValuesForName(name));
+  }
   for (const auto& assertion : response.assertions().value_or(SAMLResponseElement::Assertions())) {
     readAssertion(all, *assertion);
   }
