@@ -31,7 +31,7 @@ const SAMLParserController& controller() { return SAMLParserController::sharedIn
 
 std::string sampleOr(Text value) {
   return value == "{hard}"     ? kHard
-         : value == "{answer}" ? file("tests/fixtures/answer.xml")
+         : value == "{sample}" ? file("tests/fixtures/answer.xml")
                                : value;
 }
 

@@ -76,6 +76,7 @@ inline void expectCases(const std::string& name,
       all += (line.empty() ? "|" : "| ") + line + "\n";
     }
   }
+  EXPECT_NE(all, "") << name;
   expectKept(name, all);
 }
 
