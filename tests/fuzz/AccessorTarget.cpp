@@ -25,16 +25,8 @@ void tellAll(XMLWrapperElement& e, std::string_view text) {
   tell<SAMLAttribute>(e, text, &SAMLAttribute::setName, &SAMLAttribute::addAttributeValue);
   tell<SAMLAdvice>(e, text, &SAMLAdvice::setAssertionIDRef, &SAMLAdvice::setAssertionURIRef);
   tell<SAMLScoping>(e, text, &SAMLScoping::addRequesterId);
-  tell<SAMLAssertion>(e, text, &SAMLAssertion::isValidForRequestor,
-                      &SAMLAssertion::authorizationForResource);
-  using AuthN = SAMLAuthNRequestElement;
-  tell<AuthN>(e, text, &AuthN::setDestination, &AuthN::setProviderName, &AuthN::setIssuer);
-  tell<SAMLAttributeQueryElement>(e, text, &SAMLAttributeQueryElement::setChannelId);
-  using AuthZ = SAMLAuthZDecisionQueryElement;
-  tell<AuthZ>(e, text, &AuthZ::setDestination, &AuthZ::setChannelId, &AuthZ::addAction);
   using Logout = SAMLLogoutRequestElement;
-  tell<Logout>(e, text, &Logout::setDestination, &Logout::setReason, &Logout::setIssuer,
-               &Logout::setSessionIndex);
+  tell<Logout>(e, text, &Logout::setIssuer, &Logout::setSessionIndex);
 }
 
 void walk(const XmlNodeRef& ref, const std::shared_ptr<XMLWrapperQuery>& query,

@@ -33,7 +33,7 @@ void documentAndXpath(std::string_view input) {
 
   std::optional<kestrelink::ErrorInfo> error;
   auto results = doc->getResultsByXpathQuery(xpath, &error);
-  require(results.has_value() != error.has_value(), "an XPath query answers or fails");
+  require(results.has_value() != error.has_value(), "an XPath query finds or fails");
   const auto first = doc->firstResultByXpathQuery(xpath);
   require((first != nullptr) == (results && !results->empty()), "the first is one of all");
   if (!results) return;
@@ -42,7 +42,8 @@ void documentAndXpath(std::string_view input) {
   doc.reset();
   for (const auto& element : *results) {
     static_cast<void>(element->xmlString());
-    require(!element->getResultsByXpathQuery("//*"), "a stale element answers no query");
+    require(!element->getResultsByXpathQuery("//*"),
+            "without its document an element finds nothing");
   }
 }
 

@@ -4,12 +4,8 @@
 
 #include "tests/fuzz/Targets.h"
 
-extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
-  fuzz::start();
-  return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  fuzz::TARGET({reinterpret_cast<const char*>(data), size});
+  static const bool started = (fuzz::start(), true);
+  if (started) fuzz::TARGET({reinterpret_cast<const char*>(data), size});
   return 0;
 }

@@ -1,10 +1,14 @@
-// What is fuzzed. Each target takes whatever bytes arrive and ends the process when the library's
-// answer is wrong; the sanitizers end it when memory is.
+// What is fuzzed. Each target takes whatever bytes arrive and ends the process when what the
+// library returns is wrong; the sanitizers end it when memory is.
 #pragma once
 
 #include <string_view>
 
+#include <libxml/tree.h>
+
 #include "kestrelink/saml/KestrelinkSAML.h"
+
+#include "tests/support/Reading.h"
 
 namespace fuzz {
 
@@ -29,6 +33,10 @@ void start();
 
 /// A controller that reads any well-formed message.
 const kestrelink::SAMLParserController& withoutSchema();
+
+/// Who signed in, until when, with which attributes and status, as libxml2's tree has it: written
+/// anew here, sharing no code with the library but what it does to a text or a date.
+Reading readingByHand(const xmlDoc* doc);
 
 /// Ends the process, naming what did not hold.
 void require(bool holds, const char* what);

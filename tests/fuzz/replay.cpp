@@ -7,6 +7,7 @@
 #include <map>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "tests/fuzz/Targets.h"
 #include "tests/support/Attack.h"
@@ -23,34 +24,37 @@ const std::map<std::string, Target> kTargets = {
     {"everyAccessor", fuzz::everyAccessor},
     {"requests", fuzz::requests}};
 
-int runDamaged(Target target, const std::string& text) {
-  constexpr int kTimes = 200;
-  if (text.empty()) return 0;
-  std::mt19937 random(static_cast<std::mt19937::result_type>(text.size()));
-  for (int time = 0; time < kTimes; ++time) {
-    target(text.substr(0, random() % text.size()));
-    std::string flipped = text;
-    char& byte = flipped[random() % text.size()];
-    byte = static_cast<char>(byte ^ (1 << (random() % 8)));
-    target(flipped);
-  }
-  return 2 * kTimes;
-}
+struct Run {
+  Target target;
+  bool damaged = false;
+  int scale = 1, inputs = 0;
 
-int run(Target target, const std::filesystem::path& path, bool damaged, int scale) {
-  int count = 0;
-  if (std::filesystem::is_directory(path)) {
-    for (const auto& entry : std::filesystem::directory_iterator(path)) {
-      count += run(target, entry.path(), damaged, scale);
-    }
-    return count;
+  void give(const std::string& text) {
+    target(text);
+    ++inputs;
   }
-  std::fprintf(stderr, "%s\n", path.c_str());
-  if (!std::filesystem::is_regular_file(path)) return count;
-  const std::string text = fuzz::attack(path, scale);
-  target(text);
-  return 1 + (damaged ? runDamaged(target, text) : 0);
-}
+
+  void giveDamaged(const std::string& text) {
+    std::mt19937 random(static_cast<std::mt19937::result_type>(text.size()));
+    for (int time = 0; time < 200 && !text.empty(); ++time) {
+      give(text.substr(0, random() % text.size()));
+      std::string flipped = text;
+      flipped[random() % text.size()] ^= static_cast<char>(1 << (random() % 8));
+      give(flipped);
+    }
+  }
+
+  void operator()(const std::filesystem::path& path) {
+    if (std::filesystem::is_directory(path)) {
+      for (const auto& entry : std::filesystem::directory_iterator(path)) (*this)(entry.path());
+    } else if (std::filesystem::is_regular_file(path)) {
+      std::fprintf(stderr, "%s\n", path.c_str());
+      const std::string text = fuzz::attack(path, scale);
+      give(text);
+      if (damaged) giveDamaged(text);
+    }
+  }
+};
 
 }  // namespace
 
@@ -62,18 +66,16 @@ int main(int count, char** arguments) {
     return 2;
   }
   fuzz::start();
-  int replayed = 0, scale = 1;
-  bool damaged = false;
-  for (int index = 2; index < count; ++index) {
-    const std::string argument = arguments[index];
+  Run run{target->second};
+  for (const std::string argument : std::vector(arguments + 2, arguments + count)) {
     if (argument == "--damaged") {
-      damaged = true;
+      run.damaged = true;
     } else if (argument.starts_with("--scale=")) {
-      scale = std::stoi(argument.substr(argument.find('=') + 1));
+      run.scale = std::stoi(argument.substr(argument.find('=') + 1));
     } else {
-      replayed += run(target->second, argument, damaged, scale);
+      run(argument);
     }
   }
-  std::printf("%s: %d inputs\n", target->first.c_str(), replayed);
-  return replayed > 0 ? 0 : 1;
+  std::printf("%s: %d inputs\n", target->first.c_str(), run.inputs);
+  return run.inputs > 0 ? 0 : 1;
 }

@@ -3,6 +3,7 @@
 const crypto = require("crypto");
 const fs = require("fs");
 const readline = require("readline");
+const { promisify } = require("util");
 const install = require("module").createRequire(process.cwd() + "/");
 
 const setup = JSON.parse(fs.readFileSync("setup.json"));
@@ -27,10 +28,8 @@ function samlp() {
     issuer: setup.idp, key, cert, recipient: setup.acs, signatureAlgorithm: "rsa-sha256", digestAlgorithm: "sha256",
     getPostURL: (...rest) => rest.pop()(null, setup.acs),
   };
-  const parsed = request => new Promise((resolve, reject) =>
-    samlp.parseRequest(request, {}, (error, read) => error ? reject(error) : resolve(read)));
-  const made = (options, user) => new Promise((resolve, reject) =>
-    samlp.getSamlResponse(options, user, (error, xml) => error ? reject(error) : resolve(xml)));
+  const parsed = promisify(samlp.parseRequest);
+  const made = promisify(samlp.getSamlResponse);
   // The value of the form that a middleware sends.
   const sent = (middleware, request) => new Promise((resolve, reject) => middleware(request, {
     set() {}, send: page => resolve(/name="SAMLResponse"\s+value="([^"]*)"/.exec(page)[1]),
@@ -51,7 +50,7 @@ function samlp() {
   return {
     async authn(job) {
       const request = { method: "GET", query: { SAMLRequest: value(job) } };
-      const { id, issuer, assertionConsumerServiceURL: acs, forceAuthn } = await parsed(request);
+      const { id, issuer, assertionConsumerServiceURL: acs, forceAuthn } = await parsed(request, {});
       const read = { id, issuer, acs, force: forceAuthn === "true" };
       const options = { ...base, destination: acs, inResponseTo: id, audience: issuer, signAssertion: false };
       if (job.outcome !== "Success") {

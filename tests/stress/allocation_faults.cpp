@@ -14,39 +14,37 @@
 #include <fstream>
 #include <functional>
 #include <map>
-#include <memory>
 #include <new>
+#include <set>
 #include <thread>
 #include <vector>
 
 #include "kestrelink/platform/Clock.h"
 #include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/platform/Uuid.h"
-#include "kestrelink/saml/KestrelinkSAML.h"
-#include "kestrelink/saml/elements/SAMLDateText.h"
 
-#include "tests/fuzz/Answers.h"
 #include "tests/stress/Faults.h"
+#include "tests/stress/Work.h"
 #include "tests/support/Attack.h"
+#include "tests/support/Reading.h"
 
 namespace {
 
 using namespace kestrelink;
 using namespace stress;
 
-// What is asked
+// What is done
 
 using Error = std::optional<ErrorInfo>;
-using Response = std::shared_ptr<SAMLResponse>;
 
 struct Operation {
   std::string_view name;
   /// Of how many allocations of libxml2 one fails in a run that must be short.
   long shortStride;
-  /// How it may return nothing for want of memory.
-  std::vector<std::string_view> documented;
-  /// Opens a fault window around the library's part. The whole result as text; "none" and the
-  /// error for nothing. May throw std::bad_alloc.
+  /// What it may return when memory runs out.
+  std::set<std::string> documented;
+  /// Opens a fault window around the library's part. The whole result as text. May throw
+  /// std::bad_alloc.
   std::function<std::string()> run;
 };
 
@@ -60,24 +58,7 @@ auto withFaults(Work work) {
   return work();
 }
 
-std::string none(const Error& error) {
-  return "none" + (error ? " " + error->domain + " " + std::to_string(error->code) : "");
-}
-bool isNone(std::string_view result) { return result.substr(0, 4) == "none"; }
-
-std::string textOf(const Response& response, const Error& error) {
-  if (!response) return none(error);
-  return response->xmlString().value() + fuzz::shown(fuzz::answersOf(*response));
-}
-
-std::string textOf(const std::optional<XMLWrapperElement::List>& found, const Error& error) {
-  if (!found) return none(error);
-  std::string all;
-  for (const auto& element : *found) all += element->xmlString().value_or("-");
-  return all;
-}
-
-Response readWithoutSchema(Error* error = nullptr) {
+std::shared_ptr<SAMLResponse> readWithoutSchema(Error* error = nullptr) {
   return SAMLResponse::initWithData(std::make_shared<const std::string>(sample), nullptr, error);
 }
 
@@ -88,72 +69,31 @@ std::string read(const std::string& text) {
   return textOf(response, error);
 }
 
-std::string readSampleWithoutSchema() {
+std::string readWithEveryQuestion() {
   Error error;
-  const auto response = withFaults([&] { return readWithoutSchema(&error); });
-  return textOf(response, error);
+  return withFaults([&] {
+    const auto response = readWithoutSchema(&error);
+    return response ? fuzz::shown(fuzz::readingOf(*response)) : none(error);
+  });
 }
 
-std::string everyQuestion() {
-  const Response response = readWithoutSchema();
-  const FaultWindow faults;
-  const auto confirmation = response->subject()->subjectConfirmations().front();
-  return fuzz::shown(fuzz::answersOf(*response)) + std::to_string(response->expectedAction()) +
-         SAMLStringFromDate(response->authenticationTTL()).value_or("-") +
-         response->authorizationStatusForResource("https://tv.example/1").value_or("-") +
-         confirmation->recipient().value_or("-") +
-         (response->isValid() && response->assertionMeetsConditions() ? "valid" : "-");
-}
-
+// Also within an element, and of one that was made in memory, which has an empty node.
 std::string xpath() {
-  const Response response = readWithoutSchema();
+  const auto response = readWithoutSchema();
+  const auto made = XMLWrapperElement::initWithTagName("Made");
+  made->setQuery(response->query());
   const char* const query =
       "//a:Attribute[starts-with(@Name, 'u')]/* | //@Recipient | //a:*[.='t']";
   Error error;
-  const auto found = withFaults([&] { return response->getResultsByXpathQuery(query, &error); });
-  return textOf(found, error);
-}
-
-// Also of an element that was made in memory, which has an empty node.
-std::string xpathOfElements() {
-  const Response response = readWithoutSchema();
-  const auto made = XMLWrapperElement::initWithTagName("Made");
-  made->setQuery(response->query());
-  const auto [found, self] = withFaults([&] {
-    return std::pair(response->responseElement()->getResultsByXpathQuery("p:Status/*"),
-                     made->getResultsByXpathQuery("self::Made"));
+  const auto lists = withFaults([&] {
+    return std::array{response->getResultsByXpathQuery(query, &error),
+                      response->responseElement()->getResultsByXpathQuery("p:Status/*"),
+                      made->getResultsByXpathQuery("self::Made")};
   });
-  return self ? textOf(found, {}) : none({});
-}
-
-template <class Written>
-std::string written(const Written& document) {
-  Error error;
-  const auto text = document->xmlString(&error);
-  return text ? *text : none(error);
-}
-
-std::string requests() {
-  const auto& controller = SAMLParserController::sharedInstance();
-  const FaultWindow faults;
-  const auto authn = controller.newAuthNRequest("https://tv.example");
-  authn->setIsPassive(true);
-  authn->requestElement()->setDestination("https://idp.example/sso?a=1&b=<2>");
-  authn->requestElement()->setScoping(SAMLScoping::createElement());
-  authn->requestElement()->scoping()->addRequesterId("line\nbreak");
-  authn->setSubjectFromResponse(sample);
-  const auto attributes = controller.newAttributeQuery("HARBOUR");
-  attributes->addAttribute("PostalCodes", {"55802", "55804"});
-  const auto authz = controller.newAuthZQuery("https://tv.example/live", "HARBOUR");
-  authz->addAction(SAMLAuthZDecisionQueryActionPlay);
-  const auto logout = controller.newLogoutRequest();
-  logout->setNotOnOrAfter(currentTime());
   std::string all;
-  for (const std::shared_ptr<XMLWrapperDoc>& each :
-       std::initializer_list<std::shared_ptr<XMLWrapperDoc>>{authn, attributes, authz, logout}) {
-    const std::string text = written(each);
-    if (isNone(text)) return text;
-    all += text;
+  for (const auto& found : lists) {
+    if (!found) return none(error);
+    for (const auto& element : *found) all += element->xmlString().value_or("-");
   }
   return all;
 }
@@ -168,18 +108,19 @@ std::string writeElement() {
   const_cast<XMLWrapperElement::AttributeMap&>(element->attributes())
       .emplace_back("hint", attribute);
   element->setTextContent(std::string(20000, 'x') + '\x01');
-  return withFaults([&] { return written(element); });
+  Error error;
+  return withFaults([&] { return element->xmlString(&error); }).value_or(none(error));
 }
 
-constexpr std::string_view kNotWritten = "none XMLWrapperErrorDomain 101";
+const std::string kNotWritten = "none XMLWrapperErrorDomain 101";
+const std::set<std::string> kNotFound = {"none", "none XMLWrapperErrorDomain 201",
+                                         "none XMLWrapperErrorDomain 300"};
 const std::vector<Operation> operations = {
     {"read", 31, {}, [] { return read(sample); }},
     {"refuse", 61, {}, [] { return read(invalid); }},
-    {"read-without-schema", 1, {}, &readSampleWithoutSchema},
-    {"every-question", 1, {}, &everyQuestion},
-    {"xpath", 1, {"none XMLWrapperErrorDomain 201", "none XMLWrapperErrorDomain 300"}, &xpath},
-    {"xpath-of-elements", 1, {"none"}, &xpathOfElements},
-    {"requests", 1, {kNotWritten}, &requests},
+    {"read-without-schema", 1, {}, &readWithEveryQuestion},
+    {"xpath", 1, kNotFound, &xpath},
+    {"requests", 1, {kNotWritten}, [] { return withFaults([] { return requests(sample); }); }},
     {"write-element", 1, {kNotWritten}, &writeElement},
 };
 
@@ -195,31 +136,15 @@ struct Shared {
   std::array<char, 1 << 16> expected{};
   Counts allocations{}, gained{};
   std::array<Outcome, 1 << 15> outcomes{};
-  std::array<bool, 64> met{};  // of the known faults
 };
 Shared& shared = *new (::mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE,
                               MAP_SHARED | MAP_ANONYMOUS, -1, 0)) Shared;
 
-// What libxml2 itself does wrong, as "verdict: place".
-std::vector<std::string> knownFaults() {
-  std::vector<std::string> known;
-  std::ifstream file(KNOWN_FAULTS);
-  for (std::string line; std::getline(file, line);) {
-    line.erase(std::min(line.find('#'), line.size()));
-    line.erase(line.find_last_not_of(' ') + 1);
-    if (!line.empty()) known.push_back(line);
-  }
-  return known;
-}
-const std::vector<std::string> known = knownFaults();
-
 template <class Work>
 pid_t inNewProcess(Work work) {
-  std::fflush(stdout);
   const pid_t process = ::fork();
   if (process != 0) return process;
   work();
-  std::fflush(stdout);
   ::_exit(0);
 }
 
@@ -230,6 +155,7 @@ int statusOf(pid_t process) {
 }
 
 bool isExpected(const std::string& result) { return result == shared.expected.data(); }
+bool isNone(std::string_view result) { return result.substr(0, 4) == "none"; }
 
 Counts gainedSince(const Counts& before) {
   const Counts after = blocksInUse();
@@ -247,28 +173,24 @@ void learn(const Operation& operation) {
   shared.gained = gainedSince(before);
 }
 
-const char* verdictOf(const Operation& operation) {
-  try {
-    const std::string result = operation.run();
-    if (isExpected(result)) return "right";
-    const auto& codes = operation.documented;
-    if (std::find(codes.begin(), codes.end(), result) != codes.end()) return "none";
-    return isNone(shared.expected.data()) && !isNone(result) ? "accepted" : "wrong";
-  } catch (const std::bad_alloc&) {
-    return "bad_alloc";
-  }
-}
-
 bool isGood(std::string_view verdict) {
   return verdict == "right" || verdict == "none" || verdict == "bad_alloc";
+}
+
+const char* verdictOf(const Operation& operation) try {
+  const std::string result = operation.run();
+  if (isExpected(result)) return "right";
+  if (operation.documented.contains(result)) return "none";
+  return isNone(shared.expected.data()) && !isNone(result) ? "accepted" : "wrong";
+} catch (const std::bad_alloc&) {
+  return "bad_alloc";
 }
 
 // Also whether the next call is right, more blocks stay in use than without a failure, or anything
 // was written.
 void attempt(const Operation& operation, Through way, long nth, Outcome& outcome) {
   const int output = ::memfd_create("output", 0);
-  ::dup2(output, STDOUT_FILENO);
-  ::dup2(output, STDERR_FILENO);
+  for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) ::dup2(output, stream);
   ::alarm(30);
   const Counts before = blocksInUse();
   planFault(way, nth, &outcome.place);
@@ -283,58 +205,55 @@ void attempt(const Operation& operation, Through way, long nth, Outcome& outcome
   std::strcpy(outcome.verdict.data(), verdict);
 }
 
-// False when something went wrong that is not a known fault.
-bool report(const Operation& operation, bool warm, Through way, long stride) {
-  std::map<std::string, long> times, bad;
-  for (long nth = 1; nth <= shared.allocations[way]; nth += stride) {
-    const Outcome& outcome = shared.outcomes[static_cast<std::size_t>(nth)];
-    const std::string verdict = outcome.verdict.data();
-    ++times[verdict];
-    if (isGood(verdict)) continue;
-    const std::string what = verdict + ": " + outcome.place.data();
-    const auto place = std::find(known.begin(), known.end(), what);
-    if (place == known.end()) {
-      bad.emplace(what, nth);
-    } else {
-      shared.met[static_cast<std::size_t>(place - known.begin())] = true;
-    }
-  }
-  std::printf("%-20s %s %-12s %6ld:", operation.name.data(), warm ? "warm" : "cold",
-              way == throughLibxml2 ? "libxml2" : "operator new", shared.allocations[way]);
-  for (const auto& [verdict, count] : times) std::printf(" %ld %s", count, verdict.c_str());
-  std::printf("\n");
-  for (const auto& [what, nth] : bad) std::printf("  FAULT %s, at %ld\n", what.c_str(), nth);
-  return bad.empty();
-}
-
-bool sweep(const Operation& operation, bool warm, Through way, long stride) {
+// In a process that has used the library, or not: each failure of one way in a process of its own.
+void sweep(const Operation& operation, bool warm, Through way, long stride) {
+  for (int time = 0; warm && time < 2; ++time) static_cast<void>(operation.run());
+  if (statusOf(inNewProcess([&] { learn(operation); })) != 0) ::_exit(1);
   const long workers = std::clamp(static_cast<long>(std::thread::hardware_concurrency()), 1L, 16L);
-  std::vector<pid_t> running;
   for (long worker = 0; worker < workers; ++worker) {
-    running.push_back(inNewProcess([&] {
+    inNewProcess([&] {
       for (long nth = 1 + worker * stride; nth <= shared.allocations[way];
            nth += workers * stride) {
         Outcome& outcome = shared.outcomes[static_cast<std::size_t>(nth)] = {};
         const int status = statusOf(inNewProcess([&] { attempt(operation, way, nth, outcome); }));
         if (status != 0) std::strcpy(outcome.verdict.data(), status == SIGALRM ? "hang" : "crash");
       }
-    }));
+    });
   }
-  bool good = true;
-  for (const pid_t process : running) good = statusOf(process) == 0 && good;
-  return report(operation, warm, way, stride) && good;
+  int good = 0;
+  for (int status = 0; ::wait(&status) > 0;) good |= status;
+  if (good != 0) ::_exit(1);
 }
 
-bool sweepAll(const Operation& operation, bool warm, bool isShort) {
-  return statusOf(inNewProcess([&] {
-           for (int time = 0; warm && time < 2; ++time) static_cast<void>(operation.run());
-           bool good = statusOf(inNewProcess([&] { learn(operation); })) == 0;
-           good =
-               good && sweep(operation, warm, throughLibxml2, isShort ? operation.shortStride : 1);
-           good = sweep(operation, warm, throughOperatorNew, 1) && good;
-           std::fflush(stdout);
-           if (!good) ::_exit(1);
-         })) == 0;
+// What libxml2 itself does wrong, as "verdict: place", and whether it was met.
+std::map<std::string, bool> knownFaults() {
+  std::map<std::string, bool> known;
+  std::ifstream file(KNOWN_FAULTS);
+  for (std::string line; std::getline(file, line);) {
+    line.erase(std::min(line.find('#'), line.size()));
+    line.erase(line.find_last_not_of(' ') + 1);
+    if (!line.empty()) known.emplace(line, false);
+  }
+  return known;
+}
+
+// False when something went wrong that is not a known fault.
+bool report(std::map<std::string, bool>& known, Through way, long stride) {
+  std::map<std::string, long> times, bad;
+  for (long nth = 1; nth <= shared.allocations[way]; nth += stride) {
+    const Outcome& outcome = shared.outcomes[static_cast<std::size_t>(nth)];
+    const std::string verdict = outcome.verdict.data(),
+                      what = verdict + ": " + outcome.place.data();
+    ++times[verdict];
+    if (isGood(verdict)) continue;
+    const auto place = known.find(what);
+    if (place == known.end()) bad.emplace(what, nth);
+    if (place != known.end()) place->second = true;
+  }
+  for (const auto& [verdict, count] : times) std::printf(" %ld %s", count, verdict.c_str());
+  for (const auto& [what, nth] : bad) std::printf("\n  FAULT %s, at %ld", what.c_str(), nth);
+  std::printf("\n");
+  return bad.empty();
 }
 
 }  // namespace
@@ -344,17 +263,26 @@ int main(int count, char** words) {
   setDiagnosticObserverForTesting([](std::string_view) noexcept {});
   setClockForTesting(std::chrono::system_clock::time_point(std::chrono::seconds(1768508160)));
   setUuidSourceForTesting([] { return std::string("C6E4D1C0-0B2B-4F0E-9D54-2E7C3A1B5F60"); });
-  std::vector<std::string_view> wanted(words + 1, words + count);
-  const bool isShort = std::erase(wanted, "--short") > 0;
+  std::set<std::string_view> wanted(words + 1, words + count);
+  const bool isShort = wanted.erase("--short") > 0;
+  std::map<std::string, bool> known = knownFaults();
   bool good = !known.empty();
   for (const Operation& operation : operations) {
-    const bool isWanted = std::find(wanted.begin(), wanted.end(), operation.name) != wanted.end();
-    if (!wanted.empty() && !isWanted) continue;
-    for (const bool warm : {false, true}) good = sweepAll(operation, warm, isShort) && good;
+    if (!wanted.empty() && !wanted.contains(operation.name)) continue;
+    for (const int run : {0, 1, 2, 3}) {
+      const bool warm = run >= 2;
+      const Through way = run % 2 == 0 ? throughLibxml2 : throughOperatorNew;
+      const long stride = isShort && way == throughLibxml2 ? operation.shortStride : 1;
+      good = statusOf(inNewProcess([&] { sweep(operation, warm, way, stride); })) == 0 && good;
+      std::printf("%-20s %s %-12s %6ld:", operation.name.data(), warm ? "warm" : "cold",
+                  way == throughLibxml2 ? "libxml2" : "operator new", shared.allocations[way]);
+      good = report(known, way, stride) && good;
+      std::fflush(stdout);
+    }
   }
-  for (std::size_t each = 0; each < known.size() && !isShort && wanted.empty(); ++each) {
-    if (shared.met[each]) continue;
-    std::printf("known fault not met: %s\n", known[each].c_str());
+  for (const auto& [what, met] : known) {
+    if (met || isShort || !wanted.empty()) continue;
+    std::printf("known fault not met: %s\n", what.c_str());
     good = false;
   }
   return good ? 0 : 1;

@@ -34,10 +34,10 @@ std::string inEncoding(const std::string& name, std::string text) {
   const iconv_t conversion = iconv_open(name.c_str(), "UTF-8");
   std::string result(4 * text.size() + 8, '\0');
   char *from = text.data(), *to = result.data();
-  std::size_t left = text.size(), room = result.size();
-  if (iconv(conversion, &from, &left, &to, &room) != 0) room = result.size();
+  std::size_t left = text.size(), space = result.size();
+  if (iconv(conversion, &from, &left, &to, &space) != 0) space = result.size();
   iconv_close(conversion);
-  result.resize(result.size() - room);
+  result.resize(result.size() - space);
   return result;
 }
 

@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "kestrelink/saml/elements/SAMLDateText.h"
+#include "kestrelink/xml/ErrorInfo.h"
 
 namespace kestrelink::testing {
 
@@ -15,6 +16,8 @@ std::string shown(const Value& value) {
     return value ? "<" + value->tagName().value_or("") + ">" : "-";
   } else if constexpr (requires { value.value(); }) {
     return value ? shown(*value) : "-";
+  } else if constexpr (std::is_same_v<Value, ErrorInfo>) {
+    return value.domain + " " + std::to_string(value.code);
   } else if constexpr (std::is_same_v<Value, SAMLDate>) {
     return SAMLStringFromDate(value).value_or("no date");
   } else if constexpr (std::is_arithmetic_v<Value>) {

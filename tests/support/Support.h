@@ -1,12 +1,14 @@
-// What the tests share: inline XML, a clock that stands still, a log that can be read.
+// What the tests share: inline XML, files of cases, a clock that stands still, a log that can be
+// read.
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <map>
+#include <functional>
 #include <memory>
 #include <mutex>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +17,7 @@
 
 #include "kestrelink/platform/Clock.h"
 #include "kestrelink/platform/DiagnosticLog.h"
+#include "kestrelink/platform/Text.h"
 #include "kestrelink/saml/KestrelinkSAML.h"
 
 #include "tests/support/Attack.h"
@@ -40,15 +43,41 @@ inline void expectKept(const std::string& name, const std::string& text) {
   EXPECT_EQ(text, file(name)) << name;
 }
 
-/// The same for the files of a folder that have that extension: one without a text is reported.
-inline void expectAllKept(const std::string& folder, std::string_view extension,
-                          const std::map<std::string, std::string>& texts) {
-  for (const auto& [name, text] : texts) expectKept(folder + name, text);
-  for (const auto& entry : std::filesystem::directory_iterator(SOURCE_DIR "/" + folder)) {
-    const std::filesystem::path& path = entry.path();
-    EXPECT_TRUE(path.extension() != extension || texts.contains(path.filename().string()))
-        << path << " is compared with nothing";
+inline std::vector<std::string> split(std::string_view text, std::string_view separator) {
+  std::vector<std::string> parts;
+  for (std::size_t at; (at = text.find(separator)) != std::string_view::npos;) {
+    parts.emplace_back(text.substr(0, at));
+    text.remove_prefix(at + separator.size());
   }
+  parts.emplace_back(text);
+  return parts;
+}
+
+/// Compares a file of cases with what is returned for each: an input is a line of its own, in which
+/// "\xE9" stands for a byte, and what it gives stands below it, after "|". "#" begins a comment.
+inline void expectCases(const std::string& name,
+                        const std::function<std::string(const std::string& input)>& work) {
+  std::istringstream kept(file(name));
+  std::string all;
+  for (std::string line; std::getline(kept, line);) {
+    if (line.starts_with('|')) continue;
+    all += line + "\n";
+    if (line.empty() || line.starts_with('#')) continue;
+    for (std::size_t at; (at = line.find("\\x")) != std::string::npos;) {
+      line.replace(at, 4, 1, static_cast<char>(std::stoi(line.substr(at + 2, 2), nullptr, 16)));
+    }
+    std::istringstream given(work(line));
+    while (std::getline(given, line)) {
+      const unsigned char last = isUtf8(line) ? 255 : 127;
+      const auto isUnreadable = [last](unsigned char each) {
+        return (each < ' ' && each != '\t') || each > last;
+      };
+      std::replace_if(line.begin(), line.end(), isUnreadable, '?');
+      all += (line.empty() ? "|" : "| ") + line + "\n";
+    }
+  }
+  EXPECT_NE(all, "") << name;
+  expectKept(name, all);
 }
 
 /// The document of an inline message, read without a schema and with the SAML classes registered.
@@ -66,9 +95,28 @@ std::shared_ptr<Element> root(std::string_view xml) {
   return element;
 }
 
+/// An element with its class, text, namespaces and attributes, and all below it.
+inline std::string described(const XMLWrapperElement& element, const std::string& indent = "") {
+  std::string all = indent + shown(element.tagName());
+  const std::string_view name = element.dynamicClass().name();
+  if (name != "XMLWrapperElement") all.append(" is a ").append(name);
+  if (element.textContent()) all += " text='" + shown(element.textContent()) + "'";
+  for (std::size_t at = 0; at < element.namespaces().size(); ++at) {
+    const auto& ns = element.namespaces().at(at);
+    all += " xmlns:" + shown(ns->prefix()) + "=" + shown(ns->href());
+  }
+  for (const auto& [key, attribute] : element.attributes()) {
+    all += " " + key + "='" + shown(attribute->value()) + "'";
+    if (const auto& ns = attribute->ns()) all += " in " + shown(ns->prefix(), ns->href());
+    if (attribute->type() != 0) all += " type " + shown(attribute->type());
+  }
+  for (const auto& child : element.elements()) all += "\n" + described(*child, indent + "  ");
+  return all;
+}
+
 /// "domain code", or "none".
 inline std::string text(const std::optional<ErrorInfo>& error) {
-  return error ? error->domain + " " + std::to_string(error->code) : "none";
+  return error ? shown(error) : "none";
 }
 
 /// The clock of the library stands still while it lives.

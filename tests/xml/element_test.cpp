@@ -4,7 +4,6 @@
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 #include "kestrelink/xml/libxml/DetachedNode.h"
 #include "kestrelink/xml/libxml/LibxmlDump.h"
-#include "kestrelink/xml/libxml/XmlCharacters.h"
 
 #include "tests/support/Support.h"
 
@@ -17,103 +16,42 @@ std::shared_ptr<Element> made(std::string_view tagName) {
   return Element::initWithTagName(tagName);
 }
 
-TEST(ElementReading, Text) {
-  const std::pair<const char*, std::optional<std::string>> rows[] = {
-      {"<r/>", std::nullopt},
-      {"<r></r>", std::nullopt},
-      {"<r> \n\t&#xA0;&#x3000;</r>", std::nullopt},
-      {"<r>  a  </r>", "a"},
-      {"<r> a <c/> b </r>", "ab"},
-      {"<r>a<!-- x -->b</r>", "ab"},
-      {"<r>a<?x y?> b</r>", "ab"},
-      {"<r>a<![CDATA[cut]]>b</r>", "ab"},
-      {"<r><![CDATA[cut]]></r>", std::nullopt},
-      {"<!DOCTYPE r [<!ENTITY e 'cut'>]><r>a&e;b</r>", "ab"},
-      {"<r>a&amp;b&#x41;</r>", "a&bA"},
-      {"<r><c>deep</c></r>", std::nullopt},
-      {"<r>\xE9</r>", std::nullopt},  // libxml2 recovers it as it is, but it is no text
-      {"<r>a<c/>\xE9<c/>b</r>", "ab"},
-  };
-  for (const auto& [xml, expected] : rows) EXPECT_EQ(root(xml)->textContent(), expected) << xml;
+TEST(Element, GoldenTrees) {
+  SAMLParserController::sharedInstance();
+  expectCases("tests/golden/cases/trees.txt", [](const std::string& xml) {
+    const LogCapture log;
+    std::optional<ErrorInfo> error;
+    const auto doc = XMLWrapperDoc::initWithData(bytes(xml), nullptr, &error);
+    if (!doc) return "no document, error: " + text(error);
+    std::string all = described(*doc->documentElement());
+    const auto written = doc->xmlString(&error);
+    EXPECT_EQ(doc->xmlString(), written) << "written twice";
+    for (const std::string& line : LogCapture::lines()) {
+      if (!line.starts_with("libxml2")) all += "\nlog: " + line;
+    }
+    return all + "\nwritten: " + shown(written) + (error ? " error: " + text(error) : "");
+  });
 }
 
-TEST(ElementReading, AttributeValueIsTheFirstTextAlone) {
-  const std::pair<const char*, std::optional<std::string>> rows[] = {
-      {"<r a='x'/>", "x"},
-      {"<r a=''/>", ""},
-      {"<r a=' x '/>", " x "},
-      {"<r a='x&lt;y'/>", "x<y"},
-      {"<!DOCTYPE r [<!ENTITY e 'E'>]><r a='x&e;y'/>", "x"},
-      {"<!DOCTYPE r [<!ENTITY e 'E'>]><r a='&e;y'/>", std::nullopt},
-  };
-  for (const auto& [xml, expected] : rows) {
-    const auto attribute = root(xml)->attributeWithName("a");
-    ASSERT_TRUE(attribute) << xml;
-    EXPECT_EQ(attribute->value(), expected) << xml;
-  }
-}
-
-TEST(ElementReading, AttributesAreKeyedByLocalName) {
-  const auto element = root("<r xmlns:p='urn:p' a='plain' p:a='prefixed' b='2'/>");
-  EXPECT_EQ(element->attributes().size(), 2u);
-  const auto attribute = element->attributeWithName("a");
-  EXPECT_EQ(shown(attribute->value(), attribute->ns()->prefix(), attribute->ns()->href()),
-            "prefixed p urn:p");
-  EXPECT_EQ(element->attributeWithName("b")->ns(), nullptr);
-  EXPECT_EQ(element->attributeWithName("p:a"), nullptr);
-
+TEST(ElementReading, OfManyAttributesTheLaterIsKept) {
   std::string many = "<r xmlns:p='urn:p'";
   for (int n = 0; n < 40; ++n) many += " a" + std::to_string(n) + "='1'";
   const auto wide = root(many + " p:a3='2' p:a30='3' p:a30x='4' \xE9='5'/>");
   EXPECT_EQ(wide->attributes().size(), 41u);
   EXPECT_EQ(wide->attributes()[3].second->value(), "2");
   EXPECT_EQ(wide->attributes()[30].second->value(), "3");
-  EXPECT_EQ(root("<r a='\xE9'/>")->attributeWithName("a")->value(), std::nullopt);
-
-  const auto typed = root("<!DOCTYPE r [<!ATTLIST r i ID #IMPLIED>]><r i='x' j='y'/>");
-  EXPECT_EQ(typed->attributeWithName("i")->type(), 2);
-  EXPECT_EQ(typed->attributeWithName("j")->type(), 0);
+  EXPECT_EQ(wide->attributeWithName("p:a3"), nullptr);
 }
 
-TEST(ElementReading, NamespacesAreTheOwnOneAndThoseDeclaredAfterIt) {
-  const auto recorded = [](const std::shared_ptr<Element>& element) {
-    std::string text;
-    for (std::size_t at = 0; at < element->namespaces().size(); ++at) {
-      const auto& ns = element->namespaces().at(at);
-      text += ns->prefix().value_or("(default)") + "=" + ns->href().value_or("") + " ";
-    }
-    return text;
-  };
-  const char* const three = "xmlns:a='urn:a' xmlns:b='urn:b' xmlns:c='urn:c'";
-  const std::pair<std::string, std::string> rows[] = {
-      {std::string("<a:r ") + three + "/>", "a=urn:a b=urn:b c=urn:c "},
-      {std::string("<b:r ") + three + "/>", "b=urn:b c=urn:c "},
-      {std::string("<r ") + three + "/>", ""},
-      {"<r xmlns='urn:d'/>", "(default)=urn:d "},
-      {"<r xmlns:a='urn:a' xmlns='urn:d' xmlns:b='urn:b'/>", "(default)=urn:d b=urn:b "},
-  };
-  for (const auto& [xml, expected] : rows) EXPECT_EQ(recorded(root(xml)), expected) << xml;
-
-  // A child records the namespace records of where its own was declared, and keeps its own copy.
-  const auto parent = root(std::string("<b:r ") + three + "><a:x/><c:y xmlns:d='urn:d'/></b:r>");
-  EXPECT_EQ(recorded(parent->elements()[0]), "a=urn:a b=urn:b c=urn:c ");
-  EXPECT_EQ(recorded(parent->elements()[1]), "c=urn:c ");
-  parent->elements()[0]->setNamespace(
-      std::make_shared<XMLWrapperNamespace>(std::string("b"), std::string("urn:new")));
-  parent->elements()[0]->setNamespace(SAMLAssertionNamespace());
-  EXPECT_EQ(recorded(parent->elements()[0]),
-            "a=urn:a b=urn:new c=urn:c saml=urn:oasis:names:tc:SAML:2.0:assertion ");
-  EXPECT_EQ(recorded(parent), "b=urn:b c=urn:c ");
-}
-
-TEST(ElementReading, ClassesComeFromTheLocalName) {
-  const auto all = root(
-      "<all xmlns:x='urn:x'><x:Response/><response/><Evidence/><NameID/><AuthzDecisionStatement/>"
-      "<DefaultElementClass/></all>");
-  EXPECT_EQ(all->elements()[0]->dynamicClass().name(), "SAMLResponseElement");
-  for (std::size_t other = 1; other < all->elements().size(); ++other) {
-    EXPECT_EQ(all->elements()[other]->dynamicClass().name(), "XMLWrapperElement") << other;
-  }
+TEST(ElementReading, AnElementChangesItsNamespacesAlone) {
+  const auto parent =
+      root("<b:r xmlns:a='urn:a' xmlns:b='urn:b' xmlns:c='urn:c'><a:x/><c:y/></b:r>");
+  const auto& child = parent->elements()[0];
+  child->setNamespace(std::make_shared<XMLWrapperNamespace>("b", "urn:new"));
+  child->setNamespace(SAMLAssertionNamespace());
+  EXPECT_EQ(described(*parent),
+            "r xmlns:b=urn:b xmlns:c=urn:c\n  x xmlns:a=urn:a xmlns:b=urn:new xmlns:c=urn:c "
+            "xmlns:saml=urn:oasis:names:tc:SAML:2.0:assertion\n  y xmlns:c=urn:c");
 }
 
 // In a process of its own: nobody has asked the factory before.
@@ -234,22 +172,6 @@ TEST(ElementWriting, ChildrenFollowTheSequenceForGood) {
   EXPECT_EQ(made("bare")->xmlString(), "<bare/>");
 }
 
-TEST(ElementWriting, WhatWasReadIsWrittenBack) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"<r xmlns='urn:d'><c/></r>", "<r xmlns=\"urn:d\">\n  <c xmlns=\"urn:d\"/>\n</r>"},
-      {"<p:r xmlns:p='urn:p' a='1' b='&lt;&quot;&#10;'/>",
-       "<p:r xmlns:p=\"urn:p\" a=\"1\" b=\"&lt;&quot;&#10;\"/>"},
-      {"<r><c/> tail </r>", "<r>tail<c/></r>"},
-      {"<r>a&lt;b</r>", "<r>a&lt;b</r>"},
-      // A prefixed attribute keeps its prefix; its namespace is not declared on the element.
-      {"<r xmlns:p='urn:p' p:a='1'/>", "<r p:a=\"1\"/>"},
-  };
-  for (const auto& [xml, expected] : rows) {
-    EXPECT_EQ(root(xml)->xmlString(), expected);
-    EXPECT_EQ(root(xml)->xmlString(), expected) << "written twice";
-  }
-}
-
 TEST(ElementWriting, NamespacesAndAttributesThatLibxmlRefuses) {
   const DetachedNode node(XmlNodeOwner(xmlNewNode(nullptr, BAD_CAST "r")));
   const auto ns = SAMLAssertionNamespace();
@@ -257,12 +179,6 @@ TEST(ElementWriting, NamespacesAndAttributesThatLibxmlRefuses) {
   EXPECT_NE(ns->xmlNsForNode(node.get(), &error), nullptr);
   EXPECT_EQ(text(error), "none");
   EXPECT_EQ(ns->xmlNsForNode(node.get(), &error), nullptr);
-  EXPECT_EQ(text(error), "XMLWrapperErrorDomain 205");
-
-  // The prefix "xml" cannot be declared: the attribute is written without it, the error stays.
-  const auto element = root("<r xml:lang='sv'/>");
-  error.reset();
-  EXPECT_EQ(element->xmlString(&error), "<r lang=\"sv\"/>");
   EXPECT_EQ(text(error), "XMLWrapperErrorDomain 205");
 
   const auto withoutValue = made("r");
@@ -283,29 +199,6 @@ TEST(ElementWriting, NamesOfNamespacesAreWrittenWellFormed) {
     element->setNamespace(std::make_shared<XMLWrapperNamespace>(std::nullopt, name));
     EXPECT_EQ(element->xmlString(), "<e xmlns=\"" + written + "\"/>");
   }
-}
-
-TEST(ElementWriting, NamesEndWhereXmlSaysTheyDo) {
-  // The first and last of each range of XML 1.0, productions 4 and 4a, and their neighbours.
-  const std::string starts[] = {"A",      "Z",      "a",      "z",          "_",         "\u00C0",
-                                "\u00D6", "\u00D8", "\u00F6", "\u00F8",     "\u02FF",    "\u0370",
-                                "\u037D", "\u037F", "\u1FFF", "\u200C",     "\u200D",    "\u2070",
-                                "\u218F", "\u2C00", "\u2FEF", "\u3001",     "\uD7FF",    "\uF900",
-                                "\uFDCF", "\uFDF0", "\uFFFD", "\U00010000", "\U000EFFFF"};
-  const std::string parts[] = {"-",      ".",      "0",      "9",     "\u00B7",
-                               "\u0300", "\u036F", "\u203F", "\u2040"};
-  const std::string never[] = {"@",          "[",      "`",      "{",      "/",      ",",
-                               ";",          "\u00BF", "\u00D7", "\u00F7", "\u037E", "\u2000",
-                               "\u200B",     "\u200E", "\u206F", "\u2190", "\u2BFF", "\u2FF0",
-                               "\u3000",     "\uE000", "\uF8FF", "\uFDD0", "\uFDEF", "\uFFFE",
-                               "\U000F0000", "\u00B6", "\u00B8", "\u203E", "\u2041"};
-  for (const std::string& name : starts)
-    EXPECT_TRUE(isXmlName(name) && isXmlName("a" + name)) << name;
-  for (const std::string& name : parts)
-    EXPECT_TRUE(!isXmlName(name) && isXmlName("a" + name)) << name;
-  for (const std::string& name : never)
-    EXPECT_FALSE(isXmlName(name) || isXmlName("a" + name)) << name;
-  EXPECT_TRUE(isXmlName("a:b") && isXmlName(":") && !isXmlNCName("a:b"));
 }
 
 TEST(ElementLifetime, ElementsOutliveTheirDocument) {

@@ -7,61 +7,23 @@
 namespace kestrelink::testing {
 namespace {
 
-const char* const kTree =
-    "<q:r xmlns:q='urn:query-test' a='1'><!-- c --><q:c>one</q:c><d>two<q:c>three</q:c></d></q:r>";
-
-TEST(Query, SelectsNodesAsElements) {
-  const auto doc = read(kTree);
-  const std::pair<const char*, const char*> rows[] = {
-      {"q:c", "[one]"},       {"//q:c", "[one three]"},
-      {"d/q:c/..", "[two]"},  {"@a", "[1]"},  // an attribute node, whose text is its child
-      {"text()", "[]"},                       // there is none
-      {"d/text()", "[-]"},                    // a text node has no children
-      {"comment()", "[-]"},   {"/", "[-]"},
-      {"namespace::q", "[]"},  // no node of the tree
-      {"missing", "[]"},
-  };
-  for (const auto& [xpath, expected] : rows) {
-    std::optional<ErrorInfo> error;
-    const auto results = doc->getResultsByXpathQuery(xpath, &error);
-    ASSERT_TRUE(results) << xpath << " " << text(error);
-    std::vector<std::optional<std::string>> texts;
-    for (const auto& result : *results) texts.push_back(result->textContent());
-    EXPECT_EQ(shown(texts), expected) << xpath;
-  }
-  EXPECT_EQ(doc->firstResultByXpathQuery("@a")->tagName(), "a");
-  EXPECT_EQ(doc->firstResultByXpathQuery("/")->tagName(), std::nullopt);
-  EXPECT_EQ(doc->firstResultByXpathQuery("/")->elements().size(), 1u);
-  EXPECT_EQ(doc->firstResultByXpathQuery("missing"), nullptr);
-}
-
-TEST(Query, Errors) {
+TEST(Query, GoldenResults) {
   const LogCapture log;
-  const auto doc = read(kTree);
-  const std::pair<const char*, std::vector<std::string_view>> rows[] = {
-      {"XMLWrapperErrorDomain 300",
-       {"q:c[", "", "never-registered:c", "never()", std::string_view("q:c\0d", 5)}},
-      {"XMLWrapperErrorDomain 301", {"count(//q:c)", "'text'", "true()"}}};
-  for (const auto& [expected, xpaths] : rows) {
-    for (const auto xpath : xpaths) {
-      std::optional<ErrorInfo> error;
-      EXPECT_EQ(doc->getResultsByXpathQuery(xpath, &error), std::nullopt) << xpath;
-      EXPECT_EQ(text(error), expected) << xpath;
-    }
-  }
-  LogCapture::lines().clear();
-  EXPECT_EQ(doc->documentElement()->getResultsByXpathQuery("count(*)"), std::nullopt);
-  EXPECT_EQ(LogCapture::lines(), std::vector<std::string>{"XMLWrapperErrorDomain 301"});
-}
-
-TEST(Query, PrefixesAreFoundWhereverTheyStand) {
-  const auto doc = read("<o:r xmlns:o='urn:o' xmlns:odiv='urn:d' x='3'><o:n>2</o:n><b/></o:r>");
-  for (const auto xpath : {"/*[@x -o:n > 0]", "/*[-o:n < 0]", "/*[5-o:n = 3]", "/*[@x div-o:n < 0]",
-                           "/*[o :n]", "/*[o:n|odiv:x]", "/*[o:n!='a:b']", "/*[.-o:n != 1]"}) {
+  expectCases("tests/golden/cases/queries.txt", [](const std::string& input) {
+    const std::size_t at = input.find(" in <");
+    const auto doc = read(input.substr(at + 4));
     std::optional<ErrorInfo> error;
-    const auto results = doc->getResultsByXpathQuery(xpath, &error);
-    EXPECT_EQ(results ? results->size() : 0, 1u) << xpath << " " << text(error);
-  }
+    const auto found = doc->getResultsByXpathQuery(input.substr(0, at), &error);
+    if (!found) return "error: " + text(error);
+    std::string all = std::to_string(found->size()) + " found";
+    for (const auto& element : *found) all += "\n" + described(*element);
+    const auto first = doc->firstResultByXpathQuery(input.substr(0, at));
+    EXPECT_EQ(first != nullptr, !found->empty());
+    return all;
+  });
+  LogCapture::lines().clear();
+  EXPECT_EQ(read("<r/>")->documentElement()->getResultsByXpathQuery("count(*)"), std::nullopt);
+  EXPECT_EQ(LogCapture::lines(), std::vector<std::string>{"XMLWrapperErrorDomain 301"});
 }
 
 TEST(Query, TheLatestBindingOfAPrefixIsInForce) {

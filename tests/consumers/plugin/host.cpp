@@ -1,4 +1,4 @@
-// A host that lets each plugin read an answer, closes it, and then uses libxml2 itself.
+// A host that lets each plugin read a response, closes it, and then uses libxml2 itself.
 
 #include <dlfcn.h>
 
@@ -11,11 +11,11 @@
 
 int main(int argc, char** argv) {
   std::ifstream file(argv[1]);
-  const std::string answer{std::istreambuf_iterator<char>(file), {}};
+  const std::string message{std::istreambuf_iterator<char>(file), {}};
   for (int plugin = 2; plugin < argc; ++plugin) {
     void* const opened = dlopen(argv[plugin], RTLD_NOW);
     void* const symbol = opened ? dlsym(opened, "readsValidated") : nullptr;
-    const bool fine = symbol && reinterpret_cast<bool (*)(const char*)>(symbol)(answer.c_str());
+    const bool fine = symbol && reinterpret_cast<bool (*)(const char*)>(symbol)(message.c_str());
     if (!fine || dlclose(opened) != 0) {
       std::cout << "wrong: " << argv[plugin] << "\n";
       return 1;

@@ -1,8 +1,8 @@
-// A plugin that reads an answer.
+// A plugin that reads a response.
 
 #include <kestrelink/saml/KestrelinkSAML.h>
 
-extern "C" bool readsValidated(const char* answer) {
+extern "C" bool readsValidated(const char* message) {
   const auto& controller = kestrelink::SAMLParserController::sharedInstance();
-  return controller.schema() && controller.parseResponse(answer);
+  return controller.schema() && controller.parseResponse(message);
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Compares what the library promises to its clients with what is kept here, so that a change of the
-# promise is a decision: the dynamic symbols, the virtual tables through which clients call elements,
-# and the ABI of the exported interfaces. With --update it keeps what the library promises now.
+# Compares the ABI with what is kept here, so that a change is a decision: the dynamic symbols, the
+# virtual tables through which clients call elements, and the types of the exported interfaces. With
+# --update it keeps what the library has.
 # check.sh symbols|vtables|abi BUILD_DIR [--update]
 set -euo pipefail
 what=$1 build=$2 update=${3:-}
@@ -13,8 +13,8 @@ shared=$build/lib/libkestrelink-saml.so archive=$build/lib/libkestrelink-saml.a
 case $what in
   symbols)
     kept+=/symbols.txt
-    nm -DC --defined-only "$shared" | cut -d' ' -f3- | LC_ALL=C sort -u >"$work/now"
-    cmp -s "$kept" "$work/now" || diff -u "$kept" "$work/now" >"$work/difference" || true
+    nm -DC --defined-only "$shared" | cut -d' ' -f3- | LC_ALL=C sort -u >"$work/found"
+    cmp -s "$kept" "$work/found" || diff -u "$kept" "$work/found" >"$work/difference" || true
     ;;
   vtables)
     kept+=/vtables.txt
@@ -23,22 +23,22 @@ case $what in
       awk '/^RELOCATION RECORDS FOR/ { own = 0; if ($0 ~ /_ZTVN10kestrelink/) { own = 1; print "" } }
            own && /^[0-9a-f]+ / { sub(/^[^ ]+ +[^ ]+ +/, "")
              if (/^typeinfo/) base = /XMLWrapperElement$/
-             if (base || !/^kestrelink::XMLWrapperElement::/) print }' >"$work/now"
-    cmp -s "$kept" "$work/now" || diff -u "$kept" "$work/now" >"$work/difference" || true
+             if (base || !/^kestrelink::XMLWrapperElement::/) print }' >"$work/found"
+    cmp -s "$kept" "$work/found" || diff -u "$kept" "$work/found" >"$work/difference" || true
     ;;
   abi)
     kept+=/library.abi.gz
     abidw --headers-dir "$(dirname "$0")/../../kestrelink" --drop-private-types --exported-interfaces-only \
       --no-corpus-path --no-comp-dir-path --no-show-locs --no-parameter-names \
-      --no-write-default-sizes --type-id-style hash --out-file "$work/now.abi" "$shared"
-    gzip -9nc "$work/now.abi" >"$work/now"
+      --no-write-default-sizes --type-id-style hash --out-file "$work/found.abi" "$shared"
+    gzip -9nc "$work/found.abi" >"$work/found"
     gunzip -c "$kept" >"$work/kept.abi" || true
-    abidiff --no-show-locs "$work/kept.abi" "$work/now.abi" >"$work/difference" || true
+    abidiff --no-show-locs "$work/kept.abi" "$work/found.abi" >"$work/difference" || true
     ;;
 esac
 
 if [ "$update" = --update ]; then
-  cp "$work/now" "$kept"
+  cp "$work/found" "$kept"
 elif [ -s "$work/difference" ]; then
   cat "$work/difference"
   exit 1
