@@ -137,6 +137,11 @@ TEST(SAMLDate, DropsFractionsAndComparesWithTimePointsExactly) {
   EXPECT_LT(long_ago, system_clock::time_point::min());
   EXPECT_LT(SAMLDate(system_clock::time_point::min()), system_clock::time_point::min());
   EXPECT_EQ(system_clock::time_point(long_ago), system_clock::time_point::min());
+  for (const std::chrono::sys_seconds edge :
+       {std::chrono::floor<std::chrono::seconds>(system_clock::time_point::max()),
+        std::chrono::ceil<std::chrono::seconds>(system_clock::time_point::min())}) {
+    EXPECT_EQ(system_clock::time_point(SAMLDate(edge)), edge);
+  }
 
   // Beyond the range of time points too, and for every precision.
   EXPECT_EQ(std::optional(never), std::optional(never));

@@ -116,6 +116,9 @@ TEST(ElementTree, Changes) {
   parent->removeChildElement(parent->elements().front());
   parent->removeChildElement(a);
   EXPECT_EQ(shown(parent->elements()), "[<e> <c>]");
+
+  parent->setAttributeWithName("n", "v");
+  EXPECT_EQ(parent->attributeWithName("n")->type(), 0);
 }
 
 TEST(ElementTree, RefusesToHoldItself) {
