@@ -36,16 +36,20 @@ void require(bool condition, const char* what) {
 
 const xmlChar* xmlText(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
 
+std::string lastComponent(const char* url) {
+  const char* const slash = std::strrchr(url, '/');
+  return slash == nullptr ? url : slash + 1;
+}
+
 // Imports are named by locations on the web; the packages have them as files.
 xmlParserInput* loadFromPackages(const char* url, const char* /*id*/, xmlParserCtxt* context) {
-  const char* const slash = std::strrchr(url, '/');
-  const std::string file = slash == nullptr ? url : slash + 1;
+  const std::string file = lastComponent(url);
   const char* const folder = file.starts_with("saml") ? OPENSAML_DIR "/" : XMLTOOLING_DIR "/";
   return xmlNewInputFromFile(context, (folder + file).c_str());
 }
 
-xmlParserInput* loadFromBundle(const char* file, const char* /*id*/, xmlParserCtxt* context) {
-  return xmlNewInputFromFile(context, (std::string(BUNDLE_DIR "/") + file).c_str());
+xmlParserInput* loadFromBundle(const char* url, const char* /*id*/, xmlParserCtxt* context) {
+  return xmlNewInputFromFile(context, (BUNDLE_DIR "/" + lastComponent(url)).c_str());
 }
 
 std::string protocolSchemaIn(const char* folder) {

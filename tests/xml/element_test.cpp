@@ -60,11 +60,14 @@ TEST(ElementFactory, KnowsThePlainClassFromTheStart) {
             &XMLWrapperElement::elementClass);
 }
 
-struct Ordered : XMLWrapperElement {
+struct Ordered : SAMLBaseElement {
   Ordered() { setChildElementSequence({{"b", "a"}}); }
+  void setElementProperties() override {
+    setAttributeWithName("children", std::to_string(elements().size()));
+  }
 };
 
-TEST(ElementReading, AClassMayHaveAnOrderBeforeItIsRead) {
+TEST(ElementReading, AClassMaySetAnOrderBeforeAndPropertiesAfter) {
   static const XMLWrapperElementClass ordered("Ordered", &makeElementInstance<Ordered>);
   XMLWrapperElementFactory::registerClass(&ordered, "Ordered");
   const auto doc = read("<o:Ordered xmlns:o='urn:ordered'><a/><b/></o:Ordered>");
@@ -72,7 +75,7 @@ TEST(ElementReading, AClassMayHaveAnOrderBeforeItIsRead) {
   EXPECT_EQ(element->tagName(), "Ordered");
   EXPECT_EQ(element->getResultsByXpathQuery("a")->size(), 1u);
   EXPECT_EQ(element->xmlString(),
-            "<o:Ordered xmlns:o=\"urn:ordered\">\n  <b/>\n  <a/>\n</o:Ordered>");
+            "<o:Ordered xmlns:o=\"urn:ordered\" children=\"2\">\n  <b/>\n  <a/>\n</o:Ordered>");
 }
 
 TEST(ElementFactory, Registration) {
