@@ -205,6 +205,15 @@ TEST_F(Requests, GoldenTexts) {
   EXPECT_EQ(standard::toStandardForm(*SAMLAuthNRequest::initWithElement(nullptr, nullptr)),
             standard::StandardForm::noRequest);
   EXPECT_STRNE(standard::reasonOf(standard::StandardForm::noRequest), "");
+  EXPECT_STRNE(standard::reasonOf(standard::StandardForm::made), "");
+
+  const auto logout = controller_.newLogoutRequest();
+  logout->setIssuer("I");
+  logout->setReason("R");
+  EXPECT_EQ(shown(controller_.newAttributeQuery("A")->channelId(),
+                  controller_.newAuthZQuery("urn:r", "Z")->channelId(), logout->issuer(),
+                  logout->reason(), logout->notOnOrAfter()),
+            "A Z I R -");
 }
 
 // What was set after a standard form was made is in the next.
