@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory_resource>
 #include <unordered_map>
 
 #include "kestrelink/xml/NamespaceMap.h"
@@ -15,6 +16,8 @@ class XMLWrapperQuery;
 /// elements and attributes refer to it.
 class NamespaceRecords {
  public:
+  explicit NamespaceRecords(std::pmr::memory_resource& memory) : records_(&memory) {}
+
   /// The namespaces of an element whose namespace is `own`: that record and those after it in its
   /// list, whichever element declared them. Null for null. Lives as long as this object.
   const NamespaceMap* recordedFrom(const _xmlNs* own);
@@ -34,7 +37,7 @@ class NamespaceRecords {
 
   Record& read(const _xmlNs* record);
 
-  std::unordered_map<const _xmlNs*, Record> records_;
+  std::pmr::unordered_map<const _xmlNs*, Record> records_;
   std::uint64_t recordings_ = 0;
 };
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <memory_resource>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -16,6 +17,10 @@ namespace kestrelink {
 /// One walk over a parse tree, and the data that the elements it made share. It lives as long as
 /// any of them.
 class XMLTreeReading : public std::enable_shared_from_this<XMLTreeReading> {
+ private:
+  // Arena for small objects freed together.
+  std::pmr::monotonic_buffer_resource memory_{512};
+
  public:
   struct Name {
     std::optional<std::string> text;
@@ -37,10 +42,10 @@ class XMLTreeReading : public std::enable_shared_from_this<XMLTreeReading> {
 
   const std::weak_ptr<_xmlDoc> tree;  // weak: elements do not keep the tree alive
   const std::shared_ptr<XMLWrapperQuery> query;
-  NamespaceRecords namespaces;
+  NamespaceRecords namespaces{memory_};
 
  private:
-  std::unordered_map<const unsigned char*, Name> names_;
+  std::pmr::unordered_map<const unsigned char*, Name> names_{&memory_};
   // Attributes are allocated in blocks. A block is freed with its last attribute.
   static constexpr std::size_t kAttributesAtOnce = 8;
   std::shared_ptr<XMLWrapperAttribute[]> attributes_;
