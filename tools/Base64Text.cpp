@@ -9,6 +9,8 @@ namespace ksaml {
 std::optional<std::string> fromBase64(std::string_view formValue) {
   base64_decode_ctx context;
   base64_decode_init(&context);
+  // nettle computes six times the length, which 32 bits may not hold.
+  if (formValue.size() > SIZE_MAX / 6 - 1) return std::nullopt;
   std::string text(BASE64_DECODE_LENGTH(formValue.size()), '\0');
   std::size_t length = text.size();
   auto* const bytes = reinterpret_cast<std::uint8_t*>(text.data());

@@ -1,6 +1,7 @@
 #include "kestrelink/platform/Base64.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 #include <string>
 
@@ -24,6 +25,8 @@ std::optional<std::vector<std::uint8_t>> decodeBase64(std::string_view text) {
 
   base64_decode_ctx context;
   base64_decode_init(&context);
+  // nettle computes six times the length, which 32 bits may not hold.
+  if (encoded.size() > SIZE_MAX / 6 - 1) return std::nullopt;
   std::vector<std::uint8_t> bytes(BASE64_DECODE_LENGTH(encoded.size()));
   std::size_t length = bytes.size();
   if (base64_decode_update(&context, &length, bytes.data(), encoded.size(), encoded.data()) == 0 ||
