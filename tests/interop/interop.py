@@ -307,7 +307,7 @@ def main():
     os.environ["PYTHONDONTWRITEBYTECODE"] = "1"  # the source tree stays as it is
     absent = [name for name in names if run("env", *PROVIDERS[name][1]).returncode]
     if absent:
-        print("interop.py: skipped, for these are not installed here:", *absent)
+        print("Skipped: not installed here:", *absent)
         return 77
     set_up(folder)
     failures, said = 0, []

@@ -28,6 +28,7 @@
 #include "tests/fuzz/Answers.h"
 #include "tests/stress/Faults.h"
 #include "tests/support/Attack.h"
+#include "tests/support/LibxmlVersion.h"
 
 namespace {
 
@@ -290,7 +291,7 @@ bool report(const Operation& operation, bool warm, Through way, long stride) {
     const Outcome& outcome = shared.outcomes[static_cast<std::size_t>(nth)];
     const std::string verdict = outcome.verdict.data();
     ++times[verdict];
-    if (isGood(verdict)) continue;
+    if (isGood(verdict) || (way == throughLibxml2 && !fuzz::faultsAreKnown())) continue;
     const std::string what = verdict + ": " + outcome.place.data();
     const auto place = std::find(known.begin(), known.end(), what);
     if (place == known.end()) {
@@ -347,12 +348,15 @@ int main(int count, char** words) {
   std::vector<std::string_view> wanted(words + 1, words + count);
   const bool isShort = std::erase(wanted, "--short") > 0;
   bool good = !known.empty();
+  if (!fuzz::faultsAreKnown())
+    std::puts("Skipped: libxml2's own faults, which are known of Debian 12's");
   for (const Operation& operation : operations) {
     const bool isWanted = std::find(wanted.begin(), wanted.end(), operation.name) != wanted.end();
     if (!wanted.empty() && !isWanted) continue;
     for (const bool warm : {false, true}) good = sweepAll(operation, warm, isShort) && good;
   }
-  for (std::size_t each = 0; each < known.size() && !isShort && wanted.empty(); ++each) {
+  for (std::size_t each = 0;
+       each < known.size() && !isShort && wanted.empty() && fuzz::faultsAreKnown(); ++each) {
     if (shared.met[each]) continue;
     std::printf("known fault not met: %s\n", known[each].c_str());
     good = false;

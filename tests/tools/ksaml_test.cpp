@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tests/support/LibxmlVersion.h"
 #include "tests/support/Support.h"
 
 namespace {
@@ -50,7 +51,7 @@ TEST(Ksaml, GoldenAnswers) {
     const std::string more = options.contains(name) ? options.at(name) : "";
     const Outcome run = ksaml("read --json " + more + entry.path().string() + " 2>/dev/null");
     const auto report = nlohmann::ordered_json::parse(run.out);
-    texts[name + ".json"] = report.dump(2) + "\n";
+    texts[name + ".json"] = fuzz::withoutForbidden(report.dump(2)) + "\n";
     EXPECT_EQ(run.status, report["accepted"] ? 0 : 1) << name;
     EXPECT_EQ(run.out.find('\n'), run.out.size() - 1) << "one line a message";
   }

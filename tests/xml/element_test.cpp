@@ -6,6 +6,7 @@
 #include "kestrelink/xml/libxml/LibxmlDump.h"
 #include "kestrelink/xml/libxml/XmlCharacters.h"
 
+#include "tests/support/LibxmlVersion.h"
 #include "tests/support/Support.h"
 
 namespace kestrelink::testing {
@@ -31,8 +32,8 @@ TEST(ElementReading, Text) {
       {"<!DOCTYPE r [<!ENTITY e 'cut'>]><r>a&e;b</r>", "ab"},
       {"<r>a&amp;b&#x41;</r>", "a&bA"},
       {"<r><c>deep</c></r>", std::nullopt},
-      {"<r>\xE9</r>", std::nullopt},  // libxml2 recovers it as it is, but it is no text
-      {"<r>a<c/>\xE9<c/>b</r>", "ab"},
+      {"<r>\xE9</r>", fuzz::notUtf8()},  // what libxml2 recovers as it is, is no text
+      {"<r>a<c/>\xE9<c/>b</r>", "a" + fuzz::notUtf8().value_or("") + "b"},
   };
   for (const auto& [xml, expected] : rows) EXPECT_EQ(root(xml)->textContent(), expected) << xml;
 }
@@ -68,7 +69,7 @@ TEST(ElementReading, AttributesAreKeyedByLocalName) {
   EXPECT_EQ(wide->attributes().size(), 41u);
   EXPECT_EQ(wide->attributes()[3].second->value(), "2");
   EXPECT_EQ(wide->attributes()[30].second->value(), "3");
-  EXPECT_EQ(root("<r a='\xE9'/>")->attributeWithName("a")->value(), std::nullopt);
+  EXPECT_EQ(root("<r a='\xE9'/>")->attributeWithName("a")->value(), fuzz::notUtf8());
 
   const auto typed = root("<!DOCTYPE r [<!ATTLIST r i ID #IMPLIED>]><r i='x' j='y'/>");
   EXPECT_EQ(typed->attributeWithName("i")->type(), 2);
