@@ -86,7 +86,7 @@ TEST(UrlText, LastPathComponent) {
 
 TEST(ResourceBundle, NamesNeverLeaveTheFolder) {
   namespace fs = std::filesystem;
-  const fs::path outside = fs::path(::testing::TempDir()) / "kestrelink-bundle";
+  const fs::path outside = ::testing::TempDir() + "kestrelink-bundle-" + std::to_string(::getpid());
   const fs::path folder = outside / "bundle";
   fs::create_directories(folder / "sub");
   for (const auto name : {"../secret.txt", "sub/deep.txt", "plain", "a.b.txt"}) {
@@ -106,6 +106,7 @@ TEST(ResourceBundle, NamesNeverLeaveTheFolder) {
   for (const auto name : {""sv, "."sv, ".."sv, "sub"sv, "absent"sv}) {
     EXPECT_EQ(bundle.bytes(name, std::nullopt), std::nullopt) << name;
   }
+  fs::remove_all(outside);
 }
 
 // What is only out of reach for a moment must not be remembered as missing.

@@ -1,6 +1,7 @@
 // The command-line tool, run as a program.
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -238,8 +239,7 @@ TEST(Ksaml, MakesRequests) {
 
 // A copy without its bundle reads without validation, and says so; a moved tree keeps its bundle.
 TEST(Ksaml, MovedTrees) {
-  const fs::path moved = fs::path(::testing::TempDir()) / "kestrelink-moved";
-  fs::remove_all(moved);
+  const fs::path moved = ::testing::TempDir() + "kestrelink-moved-" + std::to_string(::getpid());
   fs::create_directories(moved / "lib");
   fs::create_directories(moved / "bin");
   fs::copy(BUILD_DIR "/bin/ksaml", moved / "bin/ksaml");
