@@ -9,11 +9,11 @@ here=$(dirname "$0")
 bounds=$here/instructions.txt
 
 if ! command -v valgrind >/dev/null; then
-  echo "Nothing was counted: valgrind is missing (Debian: valgrind)"
+  echo "Skipped: valgrind is missing (Debian: valgrind)"
   exit 77
 fi
 if [ "$update" != --update ] && ! grep -qFx "# Holds for: $holds_for" "$bounds"; then
-  echo "Nothing was compared: $(grep 'Holds for' "$bounds"), and this is $holds_for"
+  echo "Skipped: $(grep 'Holds for' "$bounds"), and this is $holds_for"
   exit 77
 fi
 

@@ -31,7 +31,7 @@ need_packages() {
 give_up() {
   local reason=$1
   shift
-  echo "${0##*/}: $reason: install these Debian 12 packages first: $*" >&2
+  echo "${0##*/}: $reason: install these Debian packages first: $*" >&2
   exit 2
 }
 

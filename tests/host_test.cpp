@@ -16,6 +16,7 @@
 
 #include "kestrelink/xml/libxml/LibxmlCompat.h"
 
+#include "tests/support/LibxmlVersion.h"
 #include "tests/support/Support.h"
 
 extern char** environ;
@@ -67,10 +68,8 @@ std::string processState() {
         << xmlKeepBlanksDefaultValue << xmlGetWarningsDefaultValue << xmlLineNumbersDefaultValue
         << xmlLoadExtDtdDefaultValue << xmlPedanticParserDefaultValue
         << xmlSubstituteEntitiesDefaultValue << xmlDoValidityCheckingDefaultValue
-        << xmlIndentTreeOutput << xmlSaveNoEmptyTags << xmlBufferAllocScheme;
-#if LIBXML_VERSION < 21400
-  state << xmlParserDebugEntities;
-#endif
+        << xmlIndentTreeOutput << xmlSaveNoEmptyTags << xmlBufferAllocScheme
+        << fuzz::debugEntities();
   return state.str();
 }
 

@@ -15,7 +15,8 @@ std::shared_ptr<XMLWrapperNamespace> XMLWrapperNamespace::initWithNsNode(const x
 xmlNs* XMLWrapperNamespace::xmlNsForNode(xmlNode* node, ErrorOut error) const {
   const auto replaced = href_ ? replacementForNamespaceName(*href_) : std::nullopt;
   const std::optional<std::string>& href = replaced ? replaced : href_;
-  xmlNs* const record = !prefix_ || isXmlNCName(*prefix_)
+  // Newer versions of libxml2 would declare "xml" too.
+  xmlNs* const record = !prefix_ || (isXmlNCName(*prefix_) && *prefix_ != "xml")
                             ? xmlNewNs(node, xmlTextOf(href), xmlTextOf(prefix_))
                             : nullptr;
   if (record == nullptr)

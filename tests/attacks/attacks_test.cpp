@@ -6,6 +6,7 @@
 
 #include "tests/fuzz/Targets.h"
 #include "tests/support/Attack.h"
+#include "tests/support/LibxmlVersion.h"
 #include "tests/support/Support.h"
 
 namespace kestrelink::testing {
@@ -47,7 +48,7 @@ TEST(Attacks, GoldenVerdicts) {
     verdicts += path.stem().string() + " | " + verdict(message, true) + " | " +
                 verdict(message, false) + "\n";
   }
-  expectKept("tests/attacks/verdicts.txt", verdicts);
+  expectKept(fuzz::kVerdicts, verdicts);
 }
 
 // In a process of its own each: with a time limit and a peak of its own, and read as the tree has

@@ -5,7 +5,7 @@ set -euo pipefail
 replay=$1 folder=$2
 
 if ! command -v valgrind >/dev/null; then
-  echo "Nothing was counted: valgrind is missing (Debian: valgrind)"
+  echo "Skipped: valgrind is missing (Debian: valgrind)"
   exit 77
 fi
 

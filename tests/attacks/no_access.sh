@@ -6,7 +6,7 @@ set -euo pipefail
 program=$1 source=$2 build=$3
 
 if ! strace -o /dev/null true; then
-  echo "strace cannot trace here: not checked"
+  echo "Skipped: strace cannot trace here"
   exit 77
 fi
 trace=$(mktemp)

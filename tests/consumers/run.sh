@@ -73,12 +73,12 @@ case $kind in
     "$work/build/host" "$message" "$work"/build/lib{shared,static}.so
     ;;
   fully_static)
-    export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+    export PKG_CONFIG_PATH=$prefix/lib/pkgconfig${PKG_CONFIG_PATH:+:$PKG_CONFIG_PATH}
     read -ra flags < <(pkg-config --static --cflags --libs kestrelink-saml-static)
     compile consumer "${flags[@]}" -fPIE -c -o "$work/consumer.o"
     for form in -static -static-pie; do
       if ! "$cxx" "$form" "$work/consumer.o" "${flags[@]}" -o "$prefix/bin/consumer" 2>"$work/log"; then
-        grep -m 1 'cannot find -l\|cannot find.*\.a' "$work/log" && echo "a static library is missing: skipped" && exit 77
+        grep -m 1 'cannot find -l\|cannot find.*\.a' "$work/log" && echo "Skipped: a static library is missing" && exit 77
         cat "$work/log"
         exit 1
       fi
@@ -109,7 +109,7 @@ case $kind in
     done <"$source/tests/consumers/layouts.txt"
     ;;
   pkg_config)
-    export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+    export PKG_CONFIG_PATH=$prefix/lib/pkgconfig${PKG_CONFIG_PATH:+:$PKG_CONFIG_PATH}
     read -ra flags < <(pkg-config --cflags --libs kestrelink-saml)
     for program in consumer standard; do
       compile "$program" "${flags[@]}" -o "$work/$program"

@@ -1,5 +1,6 @@
 #include "kestrelink/platform/Text.h"
 #include "kestrelink/saml/elements/SAMLElementClasses.h"
+#include "kestrelink/xml/libxml/XmlCharacters.h"
 
 #include "tests/fuzz/Targets.h"
 
@@ -18,6 +19,11 @@ bool writesLess(const XMLWrapperElement& element) {
          dynamic_cast<const SAMLSignedInfo*>(&element) != nullptr;
 }
 
+// The text as it is written: new versions of libxml2 read characters that XML forbids.
+std::string asWritten(const std::optional<std::string>& text) {
+  return replacementFor(text.value_or("")).value_or(text.value_or(""));
+}
+
 // An element declares its own namespaces alone: the prefix of an attribute may be unknown in what
 // is written, and is then read as a part of the name.
 std::shared_ptr<XMLWrapperAttribute> sameAttribute(const XMLWrapperAttribute& attribute,
@@ -31,7 +37,7 @@ void compareAttributes(const XMLWrapperElement& before, const XMLWrapperElement&
   for (const auto& [name, attribute] : before.attributes()) {
     const auto again = sameAttribute(*attribute, after);
     // A value that is null, as one that begins with an entity, is written empty.
-    require(again && again->value().value_or("") == attribute->value().value_or(""),
+    require(again && again->value().value_or("") == asWritten(attribute->value()),
             "an attribute is written and read");
   }
   require(before.attributes().size() == after.attributes().size(), "no attribute is added");
@@ -39,7 +45,8 @@ void compareAttributes(const XMLWrapperElement& before, const XMLWrapperElement&
 
 void compare(const XMLWrapperElement& before, const XMLWrapperElement& after) {
   require(before.tagName() == after.tagName(), "the tag name is the same");
-  require(before.textContent() == after.textContent(), "the text is the same");
+  require(asWritten(before.textContent()) == after.textContent().value_or(""),
+          "the text is the same");
   compareAttributes(before, after);
   if (writesLess(before)) return;
   auto again = after.elements().begin();

@@ -256,7 +256,7 @@ def main():
     os.environ["PYTHONDONTWRITEBYTECODE"] = "1"  # the source tree stays as it is
     missing = [name for name in names if run("env", *PROVIDERS[name]["installed"]).returncode]
     if missing:
-        print("interop.py: skipped, for these are not installed here:", *missing)
+        print("Skipped: not installed here:", *missing)
         return 77
     set_up(folder)
     failures, said = 0, []

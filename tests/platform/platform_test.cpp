@@ -67,7 +67,7 @@ TEST(Texts, GoldenReadings) {
 
 TEST(ResourceBundle, NamesNeverLeaveTheFolder) {
   namespace fs = std::filesystem;
-  const fs::path outside = fs::path(::testing::TempDir()) / "kestrelink-bundle";
+  const fs::path outside = ::testing::TempDir() + "kestrelink-bundle-" + std::to_string(::getpid());
   const fs::path folder = outside / "bundle";
   fs::create_directories(folder / "sub");
   for (const auto name : {"../secret.txt", "sub/deep.txt", "plain", "a.b.txt"}) {
@@ -87,6 +87,7 @@ TEST(ResourceBundle, NamesNeverLeaveTheFolder) {
   for (const auto name : {""sv, "."sv, ".."sv, "sub"sv, "missing"sv}) {
     EXPECT_EQ(bundle.bytes(name, std::nullopt), std::nullopt) << name;
   }
+  fs::remove_all(outside);
 }
 
 // What is only out of reach for a moment must not be remembered as missing.

@@ -26,6 +26,7 @@
 #include "tests/stress/Faults.h"
 #include "tests/stress/Work.h"
 #include "tests/support/Attack.h"
+#include "tests/support/LibxmlVersion.h"
 #include "tests/support/Reading.h"
 
 namespace {
@@ -245,7 +246,7 @@ bool report(std::map<std::string, bool>& known, Through way, long stride) {
     const std::string verdict = outcome.verdict.data(),
                       what = verdict + ": " + outcome.place.data();
     ++times[verdict];
-    if (isGood(verdict)) continue;
+    if (isGood(verdict) || (way == throughLibxml2 && !fuzz::faultsAreKnown())) continue;
     const auto place = known.find(what);
     if (place == known.end()) bad.emplace(what, nth);
     if (place != known.end()) place->second = true;
@@ -267,6 +268,9 @@ int main(int count, char** words) {
   const bool isShort = wanted.erase("--short") > 0;
   std::map<std::string, bool> known = knownFaults();
   bool good = !known.empty();
+  if (!fuzz::faultsAreKnown()) {
+    std::puts("Skipped: libxml2's own faults, which are known of Debian 12's");
+  }
   for (const Operation& operation : operations) {
     if (!wanted.empty() && !wanted.contains(operation.name)) continue;
     for (const int run : {0, 1, 2, 3}) {
@@ -281,7 +285,7 @@ int main(int count, char** words) {
     }
   }
   for (const auto& [what, met] : known) {
-    if (met || isShort || !wanted.empty()) continue;
+    if (met || !fuzz::faultsAreKnown() || isShort || !wanted.empty()) continue;
     std::printf("known fault not met: %s\n", what.c_str());
     good = false;
   }

@@ -21,6 +21,7 @@
 #include "kestrelink/saml/KestrelinkSAML.h"
 
 #include "tests/support/Attack.h"
+#include "tests/support/LibxmlVersion.h"
 #include "tests/support/Shown.h"
 
 namespace kestrelink::testing {
@@ -54,12 +55,19 @@ inline std::vector<std::string> split(std::string_view text, std::string_view se
 }
 
 /// Compares a file of cases with what is returned for each: an input is a line of its own, in which
-/// "\xE9" stands for a byte, and what it gives stands below it, after "|". "#" begins a comment.
+/// "\xE9" stands for a byte, and what it gives stands below it, after "|". "#" begins a comment;
+/// "# 2.9:" one on cases that another libxml2 reads otherwise, to the end of the paragraph.
 inline void expectCases(const std::string& name,
                         const std::function<std::string(const std::string& input)>& work) {
   std::istringstream kept(file(name));
   std::string all;
+  bool is29 = false;
   for (std::string line; std::getline(kept, line);) {
+    is29 = !line.empty() && (is29 || line.starts_with("# 2.9:"));
+    if (is29 && fuzz::kNewLibxml) {
+      all += line + "\n";
+      continue;
+    }
     if (line.starts_with('|')) continue;
     all += line + "\n";
     if (line.empty() || line.starts_with('#')) continue;

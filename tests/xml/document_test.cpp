@@ -1,5 +1,6 @@
 #include <libxml/tree.h>
 
+#include "tests/support/LibxmlVersion.h"
 #include "tests/support/Support.h"
 
 namespace kestrelink::testing {
@@ -27,7 +28,8 @@ TEST(Document, ErrorsGoToTheLogWithoutTheMessagesText) {
   for (int count = 0; count < 1000; ++count) manyErrors += "&undefined;";
   read(manyErrors + "</r>");
   EXPECT_EQ(LogCapture::lines().size(), 9u);
-  EXPECT_EQ(LogCapture::lines().back(), "libxml2: 992 more errors");
+  EXPECT_EQ(LogCapture::lines().back(),
+            "libxml2: " + std::to_string(fuzz::reportedErrors(1000) - 8) + " more errors");
 }
 
 TEST(Document, BuiltAroundAnElement) {

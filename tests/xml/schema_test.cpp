@@ -3,6 +3,7 @@
 
 #include "kestrelink/xml/XMLWrapperSchema.h"
 
+#include "tests/support/LibxmlVersion.h"
 #include "tests/support/Support.h"
 
 namespace kestrelink::testing {
@@ -33,6 +34,8 @@ TEST(Schema, GoldenVerdicts) {
 
 // libxml2 takes an I/O error of before for the reason why an import is missing, and passes over it.
 TEST(Schema, AMissingImportIsMissedWhateverFailedBefore) {
+  if (fuzz::kNewLibxml)
+    GTEST_SKIP() << "Skipped: saving leaves no error in new versions of libxml2";
   const LogCapture log;
   const XmlDocOwner doc(xmlNewDoc(BAD_CAST "1.0"));
   xmlSaveFile("/missing/folder/file.xml", doc.get());

@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 #include <libxml/SAX2.h>
@@ -21,8 +22,8 @@ namespace {
 constexpr std::size_t kMostAttributesOfATag = 5'000;
 constexpr std::size_t kMostBytesWithDocumentType = 16'384;
 constexpr int kMostEntityReferences = 100;
-constexpr std::size_t kComparisonsOfAnyMessage = 100'000'000;
-constexpr std::size_t kComparisonsPerByte = 20;
+constexpr std::uint64_t kComparisonsOfAnyMessage = 100'000'000;
+constexpr std::uint64_t kComparisonsPerByte = 20;
 
 // Attributes that the schemas or XML declare as type ID.
 bool isNameOfIdentifiers(std::string_view name) {
@@ -58,8 +59,8 @@ class Parser {
 
   const std::string& bytes_;
   XmlParserOwner parser_;
-  std::size_t comparisons_ = 0;
-  std::size_t identifiers_ = 0;
+  std::uint64_t comparisons_ = 0;
+  std::uint64_t identifiers_ = 0;
   int references_ = 0;
   bool hasDocumentType_ = false;
   bool refused_ = false;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 #include <libxml/globals.h>
@@ -80,19 +81,20 @@ inline std::string_view libxmlTextAhead(xmlParserInput& input) noexcept {
 /// The comparisons that libxml2 makes for one tag: each attribute and namespace with those before
 /// it, each prefix with the namespaces in scope, and each name and identifier with the entries of a
 /// hash chain. The number of chains is fixed. An entry of a chain counts as `kFarApart`
-/// comparisons, because it lies far from the one before it in memory.
-inline std::size_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceCount,
-                                     int attributeCount,
-                                     std::size_t identifiersOfMessage) noexcept {
-  const auto namespaces = static_cast<std::size_t>(namespaceCount);
-  const auto attributes = static_cast<std::size_t>(attributeCount);
-  const auto inScope = static_cast<std::size_t>(parser.nsNr) / 2;
-  constexpr std::size_t kListsOfNames = 4608, kFarApart = 50;
-  const auto inList = static_cast<std::size_t>(xmlDictSize(parser.dict)) / kListsOfNames;
+/// comparisons, because it lies far from the one before it in memory. The products need
+/// 64 bits.
+inline std::uint64_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceCount,
+                                       int attributeCount,
+                                       std::uint64_t identifiersOfMessage) noexcept {
+  const auto namespaces = static_cast<std::uint64_t>(namespaceCount);
+  const auto attributes = static_cast<std::uint64_t>(attributeCount);
+  const auto inScope = static_cast<std::uint64_t>(parser.nsNr) / 2;
+  constexpr std::uint64_t kListsOfNames = 4608, kFarApart = 50;
+  const auto inList = static_cast<std::uint64_t>(xmlDictSize(parser.dict)) / kListsOfNames;
   // Validation compares an identifier with half of its chain, two places in memory each. For
   // simplicity it is counted for every tag, which is an upper bound.
-  constexpr std::size_t kListsOfIdentifiers = 16384;
-  const std::size_t identifiersInList = identifiersOfMessage / kListsOfIdentifiers;
+  constexpr std::uint64_t kListsOfIdentifiers = 16384;
+  const std::uint64_t identifiersInList = identifiersOfMessage / kListsOfIdentifiers;
   return (namespaces * namespaces + attributes * attributes) / 2 +
          (inScope + kFarApart * inList) * (attributes + 1) + kFarApart * identifiersInList;
 }
@@ -100,9 +102,9 @@ inline std::size_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceC
 #else  // hash tables from here on
 
 inline std::string_view libxmlTextAhead(const xmlParserInput& /*input*/) noexcept { return {}; }
-inline std::size_t libxmlComparisons(const xmlParserCtxt& /*parser*/, int /*namespaceCount*/,
-                                     int /*attributeCount*/,
-                                     std::size_t /*identifiersOfMessage*/) noexcept {
+inline std::uint64_t libxmlComparisons(const xmlParserCtxt& /*parser*/, int /*namespaceCount*/,
+                                       int /*attributeCount*/,
+                                       std::uint64_t /*identifiersOfMessage*/) noexcept {
   return 0;
 }
 
