@@ -1,4 +1,4 @@
-// Signing a subscriber in, from the first request to what they may watch.
+// Signs a subscriber in, and then asks whether they may watch a channel.
 //
 // The client does what the library does not: it sends, it receives, and it verifies the signature
 // of every response before the library reads it (see verify_then_read/). Here the responses are
@@ -34,7 +34,7 @@ int main(int argc, char** argv) {
   const auto& controller = ks::SAMLParserController::sharedInstance();
   if (!controller.schema()) return giveUp("the schema is missing, so nothing would be validated");
 
-  // Ask quietly first; the provider says when it must show its sign-in page.
+  // Ask without a sign-in page first; the response says when the provider must show one.
   const auto request = controller.newAuthNRequest("https://signin.harbour-tv.example");
   request->setIsPassive(true);
   const std::string responseText = sendAndVerify(request->xmlString(), argv[1]);
@@ -62,7 +62,7 @@ int main(int argc, char** argv) {
     std::cout << "\n";
   }
 
-  // May this subscriber watch? The query carries the subject of the response.
+  // May this subscriber watch? The query names the subscriber by the subject of the response.
   const char* const channel = "https://harbour-tv.example/live";
   const auto query = controller.newAuthZQuery(channel, "HARBOUR");
   query->setSubjectFromResponse(responseText);

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# For the other scripts to source: installs what a build needs.
+# Sourced by the other scripts. Installs the packages that a build needs.
 # shellcheck disable=SC2034
 
 # need_packages PACKAGE... - installs those Debian packages that are missing. When it cannot, says

@@ -5,7 +5,7 @@
 namespace ksaml {
 
 std::optional<std::string> fromBase64(std::string_view formValue) {
-  // A NUL would end what `b64_pton` reads. It wants room for one group more than it decodes.
+  // `b64_pton` stops at a NUL, and needs space for one group more than it decodes.
   if (formValue.find('\0') != std::string_view::npos) return std::nullopt;
   std::string text(formValue.size() / 4 * 3 + 3, '\0');
   const int length = b64_pton(std::string(formValue).c_str(),

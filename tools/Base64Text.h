@@ -6,7 +6,7 @@
 
 namespace ksaml {
 
-/// The text behind a base64 form value (RFC 4648, section 4; white space is allowed anywhere);
+/// Decodes a base64 form value (RFC 4648, section 4; white space is allowed anywhere);
 /// `std::nullopt` when it is malformed.
 std::optional<std::string> fromBase64(std::string_view formValue);
 

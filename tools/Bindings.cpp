@@ -96,7 +96,7 @@ std::optional<std::string> messageIn(const std::string& text, bool isBase64,
   std::optional<Inflated> result = inflated(*message);
   if (result && result->tooLong) return refuse(file, "inflates to more than 8 MB");
   if (result && isXml(result->text)) return std::move(result->text);
-  // Nobody said that it is base64: a word is, too.
+  // Without the option and a parameter the text may only look like base64, as a single word does.
   return isBase64 || parameter ? message : text;
 }
 
@@ -114,7 +114,7 @@ std::string inSoapEnvelope(const std::string& message) {
 
 bool isSoapEnvelope(std::string_view xml) {
   xml = withoutBlank(xml);
-  // What stands before the root: a declaration, comments, processing instructions.
+  // Skip what precedes the root: a declaration, comments, processing instructions.
   while (xml.starts_with("<?") || xml.starts_with("<!--")) {
     const std::string_view close = xml.starts_with("<?") ? "?>" : "-->";
     const std::size_t end = xml.find(close);

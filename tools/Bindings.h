@@ -1,4 +1,5 @@
-// How messages travel (SAML 2.0 bindings, sections 3.2, 3.4 and 3.5).
+// The bindings that carry messages: SOAP, HTTP-Redirect and HTTP-POST (SAML 2.0 bindings, sections
+// 3.2, 3.4 and 3.5).
 #pragma once
 
 #include <optional>
@@ -7,10 +8,11 @@
 
 namespace ksaml {
 
-/// The message that a file holds: XML text as it is, or what stands in "SAMLResponse" or
-/// "SAMLRequest" of a form or URL, or base64; deflated or not. With `isBase64` it must be base64.
-/// Text that is nothing of all that comes back as it is. std::nullopt, with a line on standard
-/// error that names the file, for base64 that is none and for what inflates to too much.
+/// The message in the text of a file. XML text is returned unchanged. The parameter "SAMLResponse"
+/// or "SAMLRequest" of a form or URL, and base64, are decoded, and inflated if they are deflated.
+/// With `isBase64` the text must be base64. Any other text is returned unchanged. `std::nullopt`,
+/// with a line on standard error that names the file, for malformed base64 and when more than
+/// `kMostInflated` bytes result.
 std::optional<std::string> messageIn(const std::string& text, bool isBase64,
                                      const std::string& file);
 

@@ -20,7 +20,7 @@ uInt lengthOf(std::string_view text) {
 }
 
 void check(int status) {
-  if (status != Z_OK) throw std::bad_alloc();  // nothing else is wrong with what is passed here
+  if (status != Z_OK) throw std::bad_alloc();  // the arguments are valid, so zlib is out of memory
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 namespace ksaml {
 
-/// More than any message needs: a few bytes could inflate to any number.
+/// More than any message needs. A limit is necessary: a small input can inflate to gigabytes.
 inline constexpr std::size_t kMostInflated = std::size_t{8} << 20;
 
 /// The text as DEFLATE (RFC 1951), without a header.
@@ -18,7 +18,7 @@ struct Inflated {
   bool tooLong = false;  // over `kMostInflated`
 };
 
-/// The text behind DEFLATE without a header; std::nullopt when it is none, or is cut off.
+/// Inflates DEFLATE without a header; `std::nullopt` when the bytes are malformed or truncated.
 std::optional<Inflated> inflated(std::string_view bytes);
 
 }  // namespace ksaml

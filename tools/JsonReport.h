@@ -6,7 +6,8 @@
 
 namespace ksaml {
 
-/// The reading as one JSON object on one line. Every key is always there; null means that the message has no such value.
+/// The reading as one JSON object on one line. Every key is always present; null means that the
+/// message has no such value.
 std::string jsonReport(const Reading& reading, const ReadOptions& options);
 
 }  // namespace ksaml

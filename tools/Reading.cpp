@@ -49,8 +49,8 @@ constexpr const char* kEnvelopeSchema = R"(
   </element>
 </schema>)";
 
-// Makes the message in the body the document's root, with the error that the controller gives to a
-// root that is no response.
+// Makes the message in the body the document's root. When that is not a response, stores the error
+// that the controller stores for such a root.
 void openEnvelope(SAMLResponse& response, kestrelink::ErrorOut error) {
   const auto body = response.documentElement()->firstElementByTagName("Body");
   if (!body || body->elements().empty()) return;
@@ -85,7 +85,7 @@ Reading readMessage(kestrelink::SAMLParserController& controller, std::string_vi
   Reading reading;
   reading.validated = controller.schema() != nullptr;
   reading.response = responseFrom(controller, text, controller.schema(), &reading.error);
-  // The controller's order: each step may leave an error, and the last one written stands.
+  // In the controller's order: each step may store an error, and the last one stored is kept.
   reading.accepted =
       reading.response &&
       (options.cached || reading.response->assertionMeetsConditions(&reading.error)) &&

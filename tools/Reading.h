@@ -11,28 +11,29 @@
 namespace ksaml {
 
 struct ReadOptions {
-  bool cached = false;    // without the time window
-  bool noSchema = false;  // without validation
+  bool cached = false;    // do not check the time window
+  bool noSchema = false;  // do not validate
   std::vector<std::string> resources;
 };
 
-/// What became of one message.
+/// The result of reading one message.
 struct Reading {
   std::string file;
   bool accepted = false;
   bool validated = false;                      // against the schema
-  std::optional<kestrelink::ErrorInfo> error;  // of a rejected message; it may have none
-  /// Of a rejected message too; null when the text yields no document, or one that is not valid.
+  std::optional<kestrelink::ErrorInfo> error;  // a rejected message may have none
+  /// Set for a rejected message too; null when the text yields no document, or one that is not
+  /// valid.
   std::shared_ptr<kestrelink::SAMLResponse> response;
 };
 
-/// Reads the XML text once and judges it in the controller's order, so that a rejected message can
-/// be shown too. A message in a SOAP 1.1 envelope is read as if it stood alone.
+/// Reads the XML text once and makes the controller's checks in the same order, so that a rejected
+/// message can be shown too. A message in a SOAP 1.1 envelope is read as if it were alone.
 Reading readMessage(kestrelink::SAMLParserController& controller, std::string_view text,
                     const ReadOptions& options);
 
-/// The document of that message, unjudged, read with the schema, or without one when it is null;
-/// null as `SAMLResponse::initWithData`.
+/// The document of that message, validated unless `schema` is null; no other check is made. Null in
+/// the cases of `SAMLResponse::initWithData`.
 std::shared_ptr<kestrelink::SAMLResponse> responseFrom(
     const kestrelink::SAMLParserController& controller, std::string_view text,
     kestrelink::SharedBytes schema, kestrelink::ErrorOut error);

@@ -25,7 +25,7 @@ std::nullptr_t refuse(const char* format, const std::string& what) {
   return nullptr;
 }
 
-// The message in a file, whatever carried it there.
+// The message in a file, in any binding.
 std::optional<std::string> messageInFile(const std::string& file) {
   const auto text = readInput(file);
   return text ? messageIn(*text, false, file) : std::nullopt;

@@ -31,14 +31,15 @@ class RequestCommand {
   Document attributes() const;
   Document authz() const;
   Document logout() const;
-  /// As the requests' own setSubjectFromResponse do, decision queries alone read with the schema.
+  /// Copies the subject from the file of `--subject-from`, if it was given; false when that fails.
+  /// `schema` is null except for decision queries, as in `setSubjectFromResponse`.
   template <class Request>
   bool takesSubject(const Request& request, kestrelink::SharedBytes schema) const;
   bool takesNameId(const kestrelink::SAMLLogoutRequest& request) const;
-  /// The request as the command line wants it: with a destination, in its standard form.
+  /// The request with the destination and in the standard form, if the command line asks for them.
   template <class Request>
   Document finished(const std::shared_ptr<Request>& request) const;
-  /// The text as the command line wants it to travel.
+  /// The text in the binding that the command line chose.
   std::string carried(const std::string& text) const;
 
   std::optional<std::string> issuer_, providerName_, subjectFile_, channel_, resource_, reason_,

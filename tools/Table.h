@@ -11,7 +11,7 @@ namespace ksaml {
 /// terminal, become "\u" and their number.
 std::string printable(std::string_view text);
 
-/// Names and what stands beside them, printed in two columns.
+/// Names and values, printed in two columns.
 class Table {
  public:
   void add(std::string name, std::string value) {

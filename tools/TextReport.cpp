@@ -15,7 +15,7 @@ using kestrelink::SAMLDate;
 using kestrelink::SAMLResponse;
 using kestrelink::standard::attributeText;
 
-// For spans of time alone: the verdicts are the library's.
+// Used only to print spans of time; the library makes the checks.
 SAMLDate currentTime() { return std::chrono::system_clock::now(); }
 
 std::string ago(const SAMLDate& date) {
@@ -26,7 +26,7 @@ std::string ahead(const SAMLDate& date) {
 }
 std::string beside(const SAMLDate& date) { return date > currentTime() ? ahead(date) : ago(date); }
 
-/// The date attribute with where it lies; empty when the element has none.
+/// The date attribute and how far it is from the current time; empty when the element has none.
 std::string dateAttribute(const kestrelink::XMLWrapperElement& element, std::string_view name,
                           const std::optional<SAMLDate>& date) {
   if (date) return dateText(*date) + " (" + beside(*date) + ")";
@@ -109,7 +109,7 @@ std::string verdict(const Reading& reading, const ReadOptions& options, bool col
   return text;
 }
 
-// What it holds
+// Contents of the message
 
 std::string shown(const std::optional<std::string>& text) {
   return text ? printable(*text) : "(none)";

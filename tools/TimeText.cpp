@@ -6,7 +6,7 @@
 
 namespace ksaml {
 
-// With the calendar of the standard library: a time_t of 32 bits ends in 2038.
+// Uses std::chrono, because a 32-bit time_t ends in 2038.
 std::string dateText(const kestrelink::SAMLDate& date) {
   const auto day = std::chrono::floor<std::chrono::days>(date.seconds());
   const std::chrono::year_month_day calendar(day);

@@ -1,4 +1,4 @@
-// ksaml: what the library makes of a message, on the command line.
+// ksaml, the command-line tool: shows what the library reads in a message, and writes requests.
 
 #include <cstdio>
 #include <new>

@@ -21,7 +21,7 @@ std::optional<std::vector<std::uint8_t>> decodeBase64(std::string_view text) {
   encoded.reserve(text.size());
   std::copy_if(text.begin(), text.end(), std::back_inserter(encoded), isInAlphabet);
 
-  // One group more than is decoded: `b64_pton` wants room for it.
+  // `b64_pton` needs space for one group more than it decodes.
   std::vector<std::uint8_t> bytes(encoded.size() / 4 * 3 + 3);
   const int length = b64_pton(encoded.c_str(), bytes.data(), bytes.size());
   if (length < 0) return std::nullopt;

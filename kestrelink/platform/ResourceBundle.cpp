@@ -23,7 +23,7 @@ namespace {
 
 constexpr const char* kBundleIdentifier = "com.norvane.Kestrelink.SAMLFramework";
 
-// POSIX calls throughout: the standard library's paths would be most of what a cold start loads.
+// Uses POSIX calls only: std::filesystem would be most of what a new process has to load.
 
 struct Free {
   void operator()(char* text) const { std::free(text); }
@@ -39,7 +39,8 @@ struct Line {
   std::size_t size = 0;
 };
 
-// What is out of reach for a moment must not pass for missing: what is found once is remembered.
+// A file that cannot be opened for lack of descriptors or memory must not be treated as missing:
+// the result is kept for the life of the process.
 void throwIfExhausted() {
   if (errno == EMFILE || errno == ENFILE || errno == ENOMEM) throw std::bad_alloc();
 }
@@ -70,18 +71,19 @@ std::string fileMappedAt(const void* address) {
   return {};
 }
 
-// The file this code was loaded from: the shared library, or the program of a static build.
+// The file that this code was loaded from: the shared library, or the program with the static
+// library.
 std::string loadedFile() {
   Dl_info information{};
   void* map = nullptr;
   const auto* here = reinterpret_cast<const void*>(&loadedFile);
   const bool known = dladdr1(here, &information, &map, RTLD_DL_LINKMAP) != 0 && map != nullptr;
   const char* name = known ? static_cast<const link_map*>(map)->l_name : nullptr;
-  // The program itself has no name here, and what it was called by need not be a path. A program
-  // without a dynamic loader knows of no files.
+  // The name is empty for the program itself; argv[0] need not be a path. In a program without a
+  // dynamic loader there is no name.
   if (name == nullptr || *name == '\0') return absolutePath("/proc/self/exe");
   if (*name == '/') return absolutePath(name);
-  // Relative to what was the current folder when it was loaded, and may no longer be.
+  // The name is relative to the folder that was current when the library was loaded.
   return absolutePath(fileMappedAt(here).c_str());
 }
 

@@ -10,7 +10,7 @@ namespace kestrelink {
 /// Domain of the errors of the SAML layer; `SAMLParserErrorCode` has the codes.
 KESTRELINK_EXPORT extern const std::string_view SAMLParserErrorDomain;
 
-/// A key of `ErrorInfo::info` for detailed errors. No error has it today.
+/// A key of `ErrorInfo::info` for detailed errors. No error uses it.
 KESTRELINK_EXPORT extern const std::string_view SAMLParserDetailedErrorsKey;
 
 /// The action "Play", for authorisation decision queries.

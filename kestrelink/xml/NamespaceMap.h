@@ -51,8 +51,8 @@ class NamespaceMap {
   }
 
  private:
-  // Last entry first: the elements of a parse tree record the ends of few lists, so they share each
-  // list and remember a length. A thousand declarations cost no element anything.
+  // Last entry first: the elements of a parse tree record the ends of a few lists. So they share
+  // each list and store only a length, however many declarations there are.
   using ReversedList = std::vector<Entry>;
 
   std::shared_ptr<ReversedList> copy() const {

@@ -55,7 +55,7 @@ void NamespaceRecords::registerWith(XMLWrapperQuery& query) const {
     const NamespaceMap& recorded = record->withAllAfter;
     for (std::size_t position = 0; position < recorded.size(); ++position) {
       const XMLWrapperNamespace& ns = *recorded.at(position);
-      if (!seen.insert(&ns).second) break;  // and so were all after it
+      if (!seen.insert(&ns).second) break;  // all after it were seen too
       if (ns.prefix() && bound.insert(*ns.prefix()).second) query.registerNamespace(ns);
     }
   }

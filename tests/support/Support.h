@@ -41,7 +41,16 @@ inline void expectKept(const std::string& name, const std::string& text) {
   if (std::getenv("KESTRELINK_RENEW") != nullptr) {
     std::ofstream(SOURCE_DIR "/" + name, std::ios::binary) << text;
   }
-  EXPECT_EQ(text, file(name)) << name;
+  std::istringstream kept(file(name)), given(text);
+  std::string was, is;
+  for (int line = 1, shown = 0; shown < 10 && (kept || given); ++line) {
+    std::getline(kept, was);
+    std::getline(given, is);
+    if (kept.good() != given.good() || was != is) {
+      ADD_FAILURE() << name << ":" << line << "\n- " << was << "\n+ " << is;
+      ++shown;
+    }
+  }
 }
 
 inline std::vector<std::string> split(std::string_view text, std::string_view separator) {

@@ -8,7 +8,7 @@
 namespace kestrelink {
 
 /// "AttributeQuery" (SAML 2.0 core, section 3.3.2.3): asks a provider for a subscriber's attributes
-/// on behalf of a channel, which stands in the "Issuer".
+/// on behalf of a channel, whose identifier is the "Issuer".
 class KESTRELINK_TYPE SAMLAttributeQueryElement : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;

@@ -8,7 +8,8 @@
 namespace kestrelink {
 
 /// "AuthzDecisionQuery" (SAML 2.0 core, section 3.3.2.4): asks a provider whether the subscriber
-/// may do something with a resource, on behalf of a channel, which stands in the "Issuer".
+/// may do something with a resource, on behalf of a channel, whose identifier is the
+/// "Issuer".
 class KESTRELINK_TYPE SAMLAuthZDecisionQueryElement : public SAMLBaseElement {
  public:
   static const XMLWrapperElementClass elementClass;

@@ -40,8 +40,8 @@ inline void libxmlForgetEncodings() noexcept {
 #endif
 }
 
-/// Lets the schema types be made again. From 2.12 on libxml2 advises against it, because it is not
-/// for programs that are done with the types.
+/// Frees the table of schema types, so that it is built again. Only for a table that is incomplete.
+/// The function is deprecated from 2.12 on, because programs must not call it when they end.
 inline void libxmlForgetSchemaTypes() noexcept {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"

@@ -11,8 +11,9 @@ namespace kestrelink {
 /// `std::nullopt` when nothing is written. False when no buffer could be made.
 bool dumpXml(_xmlNode* node, std::optional<std::string>& text);
 
-/// Whether the names of namespaces are written with their markup as references: from libxml2 2.13
-/// on, whatever version the library was compiled with. Before, they were written as they are.
+/// Whether libxml2 escapes markup in the names of namespaces when it writes them: it does from 2.13
+/// on. Asks the libxml2 that is loaded, which may not be the version that the library was compiled
+/// with.
 bool libxmlEscapesNamespaceNames();
 
 }  // namespace kestrelink

@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t kNone = std::string_view::npos;
 constexpr std::string_view kBlanks = " \t\r\n";
 
-// The length of the attribute, with the blanks before it, that the text begins with; 0 for none.
+// The text begins with blanks and an attribute: their length. 0 when it does not.
 std::size_t lengthOfAttribute(std::string_view text) {
   const std::size_t name = text.find_first_not_of(kBlanks);
   const std::size_t afterName = text.find_first_of(" \t\r\n=\"'>&/", name);
@@ -22,8 +22,8 @@ std::size_t lengthOfAttribute(std::string_view text) {
   return end == kNone ? 0 : end + 1;
 }
 
-// From the "<" of a tag, to the end of the message or the next "<", which no tag holds. libxml2
-// reads attributes up to the first that is damaged.
+// `tag` is the text from the "<" of a tag to the next "<" or the end of the message; a tag contains
+// no other "<". Counts as libxml2 does, up to the first damaged attribute.
 bool hasMoreAttributes(std::string_view tag, std::size_t attributes) {
   const bool isStart =
       tag.size() > 1 && tag[0] == '<' && std::string_view("!?/").find(tag[1]) == kNone;
@@ -44,8 +44,9 @@ constexpr Section kComment{"<!--", "-->"};
 constexpr Section kCdata{"<![CDATA[", "]]>"};
 constexpr Section kInstruction{"<?", "?>"};
 
-// The length of what begins with a "<": of a whole section, or 1. `kNone` for a section that
-// libxml2 ends earlier than it says, since it is too long or holds what XML forbids.
+// The text begins with a "<": the length of the section that starts there, or 1 when none does.
+// `kNone` for a section that libxml2 ends before its end mark, because it is too long or has
+// characters that XML forbids.
 std::size_t lengthAt(std::string_view text) {
   constexpr std::size_t kMostBytes = 9'000'000;
   for (const auto& [start, end] : {kComment, kCdata, kInstruction}) {
@@ -60,13 +61,14 @@ std::size_t lengthAt(std::string_view text) {
   return 1;
 }
 
-// The comments, CDATA sections and processing instructions of a message, walked through once. After
-// a damaged one nothing counts as hidden.
+// The comments, CDATA sections and processing instructions of a message, in one pass over it. After
+// a damaged section nothing counts as hidden.
 class HidingSections {
  public:
   explicit HidingSections(std::string_view message) : message_(message) {}
 
-  // Whether the position of a "<", further on than any asked for before, lies in one of them.
+  // Whether the "<" at this position lies in one of them. Positions must increase from call to
+  // call.
   bool hide(std::size_t position) {
     while (at_ < position) {
       at_ = message_.find('<', at_);
@@ -92,8 +94,8 @@ bool mayHoldTagWithMoreAttributes(std::size_t bytes, std::size_t attributes) {
   return bytes > fewestBytes(attributes);
 }
 
-// Looks from far ahead back to the next "<": all but long stretches without one are passed over
-// unread.
+// A tag with that many attributes is at least `far` bytes long and contains no other "<". So the
+// search goes back from `far` bytes ahead to the last "<", and skips everything before it unread.
 bool hasTagWithMoreAttributes(std::string_view message, std::size_t attributes) {
   const std::size_t far = fewestBytes(attributes);
   HidingSections sections(message);

@@ -12,9 +12,10 @@ namespace kestrelink {
 /// nothing has to be replaced.
 std::optional<std::string> replacementFor(std::string_view text);
 
-/// The same for the name of a namespace, which libxml2 before 2.13 writes as it is: "<", and every
-/// "&" that begins no reference to a character, become references. (One that was read keeps those
-/// it had.) From 2.13 on libxml2 resolves references when it reads such a name, and writes them.
+/// The same for the name of a namespace. libxml2 before 2.13 writes such a name unchanged, so here
+/// "<", and every "&" that does not begin a character reference, become references. References that
+/// were read are kept. From 2.13 on libxml2 resolves references when it reads a name and escapes
+/// the name when it writes it.
 std::optional<std::string> replacementForNamespaceName(std::string_view name);
 
 /// Whether the text is an XML name, with or without a prefix.
