@@ -46,11 +46,10 @@ class Chart:
             self.parts.append(f'<path d="M{LEFT} {y:.1f} H{WIDTH - RIGHT}" stroke="#ddd"/>')
             self.text(LEFT - 6, y + 4, f"{value:g}", "end")
 
-    def line(self, label, colour, points, dashed=False):
+    def line(self, colour, points, dashed=False):
         path = " L".join(f"{self.x(size):.1f} {self.y(value):.1f}" for size, value in points)
         dash = ' stroke-dasharray="6 4"' if dashed else ""
         self.parts.append(f'<path d="M{path}" fill="none" stroke="{colour}" stroke-width="2"{dash}/>')
-        self.text(WIDTH - RIGHT + 8, self.y(points[-1][1]) + 4, label, colour=colour)
 
     def save(self, file):
         with open(file, "w", encoding="utf-8") as out:
@@ -69,16 +68,19 @@ def main():
     ratios = Chart("Ratio to libxml2 alone, by size of the message", "ratio", 2.0)
     ratios.grid([0.5, 1.0, 1.5, 2.0])
     for colour, (work, label) in zip(COLOURS, works):
-        ratios.line(label, colour, points(results, work, lambda row: row["ratio"]))
+        line = points(results, work, lambda row: row["ratio"])
+        ratios.line(colour, line)
+        ratios.text(WIDTH - RIGHT + 8, ratios.y(line[-1][1]) + 4, label, colour=colour)
     ratios.save(f"{folder}/ratios.svg")
 
-    growth = Chart("Time of a read, by size of the message", "milliseconds", 1000, True, 0.01)
+    growth = Chart("Time of a read, by size of the message; dashed: libxml2 alone", "milliseconds", 1000, True, 0.01)
     growth.grid([0.01, 0.1, 1, 10, 100, 1000])
     for colour, work, label in ((COLOURS[3], "read", "with schema"),
                                 (COLOURS[0], "read-no-schema", "without schema")):
         for side in ("library", "raw"):
-            growth.line(label if side == "library" else "", colour,
-                        points(results, work, lambda row: row[side + "_us"] / 1000), side == "raw")
+            line = points(results, work, lambda row: row[side + "_us"] / 1000)
+            growth.line(colour, line, side == "raw")
+        growth.text(LEFT + 8, growth.y(line[0][1]) - 36, label, colour=colour)
     growth.save(f"{folder}/growth.svg")
 
 
