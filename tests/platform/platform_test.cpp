@@ -113,10 +113,16 @@ TEST(ResourceBundle, FileDescriptors) {
 TEST(SAMLDate, OfAYearWithoutFourDigitsIsNotWritten) {
   EXPECT_EQ(SAMLDateFromString(std::nullopt), std::nullopt);
   const LogCapture log;
-  for (const int year : {-1, 0, 10000, 12026}) {
-    EXPECT_EQ(SAMLStringFromDate(std::chrono::sys_days(std::chrono::year(year) / 6 / 1)),
-              std::nullopt)
-        << year;
+  using std::chrono::seconds;
+  for (const char* const edge : {"0001-01-01T00:00:00Z", "9999-12-31T23:59:59Z"}) {
+    const auto date = SAMLDateFromString(edge);
+    EXPECT_EQ(SAMLStringFromDate(date), edge);
+    const auto step = edge[0] == '0' ? seconds(-1) : seconds(1);
+    EXPECT_EQ(SAMLStringFromDate(date->seconds() + step), std::nullopt) << edge;
+  }
+  for (const int year : {-1, 12026}) {
+    const std::chrono::sys_days day(std::chrono::year(year) / 6 / 1);
+    EXPECT_EQ(SAMLStringFromDate(day), std::nullopt) << year;
   }
   EXPECT_EQ(LogCapture::lines().size(), 4u);
 }
