@@ -52,6 +52,13 @@ TEST(ElementReading, AnElementChangesItsNamespacesAlone) {
   EXPECT_EQ(described(*parent),
             "r xmlns:b=urn:b xmlns:c=urn:c\n  x xmlns:a=urn:a xmlns:b=urn:new xmlns:c=urn:c "
             "xmlns:saml=urn:oasis:names:tc:SAML:2.0:assertion\n  y xmlns:c=urn:c");
+
+  const NamespaceMap& declared = child->namespaces();
+  for (std::size_t position = 0; position < declared.size(); ++position) {
+    EXPECT_EQ(declared.find(declared.at(position)->prefix()), declared.at(position));
+  }
+  EXPECT_EQ(declared.find("none"), nullptr);
+  EXPECT_EQ(NamespaceMap().find(std::nullopt), nullptr);
 }
 
 // In a process of its own: nobody has asked the factory before.
