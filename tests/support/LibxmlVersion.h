@@ -3,8 +3,6 @@
 #pragma once
 
 #include <algorithm>
-#include <optional>
-#include <string>
 #include <string_view>
 
 #include <libxml/parser.h>
@@ -23,20 +21,6 @@ constexpr const char* kVerdicts =
 
 /// How many of so many errors of one document are reported.
 constexpr int reportedErrors(int errors) { return kNewLibxml ? std::min(errors, 100) : errors; }
-
-/// What a byte that is not UTF-8 is read as.
-inline std::optional<std::string> notUtf8() {
-  return kNewLibxml ? std::optional<std::string>("\uFFFD") : std::nullopt;
-}
-
-/// JSON without the characters that XML forbids: 2.9 drops references to them, 2.15 does not.
-inline std::string withoutForbidden(std::string json) {
-  constexpr std::string_view kEscape = "\\u001b";
-  for (auto at = json.find(kEscape); at != std::string::npos; at = json.find(kEscape)) {
-    json.erase(at, kEscape.size());
-  }
-  return json;
-}
 
 /// A global of old versions.
 inline int debugEntities() {
