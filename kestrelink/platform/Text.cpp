@@ -27,7 +27,7 @@ bool isWhiteSpace(char32_t character) {
   }
 }
 
-constexpr auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
+constexpr bool isAsciiByte(char byte) { return static_cast<unsigned char>(byte) < 0x80; }
 
 constexpr bool isAsciiWhiteSpace(char byte) {
   return byte == ' ' || (byte >= '\t' && byte <= '\r');
@@ -35,7 +35,7 @@ constexpr bool isAsciiWhiteSpace(char byte) {
 
 // Bytes of the white space character that the text begins with; 0 for none.
 std::size_t leadingWhiteSpace(std::string_view text) {
-  if (isAscii(text.front())) return isAsciiWhiteSpace(text.front()) ? 1 : 0;
+  if (isAsciiByte(text.front())) return isAsciiWhiteSpace(text.front()) ? 1 : 0;
   const char* position = text.data();
   try {
     const char32_t character = utf8::next(position, text.data() + text.size());
@@ -46,7 +46,7 @@ std::size_t leadingWhiteSpace(std::string_view text) {
 }
 
 std::size_t trailingWhiteSpace(std::string_view text) {
-  if (isAscii(text.back())) return isAsciiWhiteSpace(text.back()) ? 1 : 0;
+  if (isAsciiByte(text.back())) return isAsciiWhiteSpace(text.back()) ? 1 : 0;
   const char* const end = text.data() + text.size();
   const char* position = end;
   try {
@@ -57,25 +57,35 @@ std::size_t trailingWhiteSpace(std::string_view text) {
   }
 }
 
-}  // namespace
-
-bool isUtf8(std::string_view bytes) {
-  // Most texts are ASCII: check eight bytes at a time. The last eight may overlap the previous
-  // ones.
+template <char lowest>
+bool isAsciiFrom(std::string_view bytes) {
+  // Eight bytes at a time. The last eight may overlap the previous ones.
   constexpr std::size_t kChunk = sizeof(std::uint64_t);
-  const auto chunkIsAscii = [](const char* start) {
+  constexpr std::uint64_t kEachByte = 0x0101010101010101;
+  constexpr std::uint64_t lowestOfEach = kEachByte * static_cast<unsigned char>(lowest);
+  const auto isChunkAscii = [](const char* start) {
     std::uint64_t chunk = 0;
     std::memcpy(&chunk, start, kChunk);
-    return (chunk & 0x8080808080808080) == 0;
+    // The subtraction sets the top bit of a byte that is too low.
+    return ((chunk | (chunk - lowestOfEach)) & (kEachByte * 0x80)) == 0;
   };
-  const char* position = bytes.data();
-  const char* const end = position + bytes.size();
-  const auto left = [&] { return static_cast<std::size_t>(end - position); };
-  while (left() >= kChunk && chunkIsAscii(position)) position += kChunk;
-  const bool restIsAscii = bytes.size() < kChunk ? std::all_of(position, end, isAscii)
-                                                 : left() < kChunk && chunkIsAscii(end - kChunk);
-  // The ASCII that was skipped ends at a character boundary.
-  return restIsAscii || utf8::is_valid(position, end);
+  if (bytes.size() < kChunk) {
+    return std::all_of(bytes.begin(), bytes.end(),
+                       [](char byte) { return isAsciiByte(byte) && byte >= lowest; });
+  }
+  const char* const lastChunk = bytes.data() + bytes.size() - kChunk;
+  for (const char* position = bytes.data(); position < lastChunk; position += kChunk) {
+    if (!isChunkAscii(position)) return false;
+  }
+  return isChunkAscii(lastChunk);
+}
+
+}  // namespace
+
+bool isPlainAscii(std::string_view bytes) { return isAsciiFrom<' '>(bytes); }
+
+bool isUtf8(std::string_view bytes) {
+  return isAsciiFrom<'\0'>(bytes) || utf8::is_valid(bytes.begin(), bytes.end());
 }
 
 std::string_view trimmed(std::string_view text) {

@@ -5,6 +5,9 @@
 
 namespace kestrelink {
 
+/// Whether every byte is ASCII and none is below the space.
+bool isPlainAscii(std::string_view bytes);
+
 /// Whether the bytes are UTF-8 (RFC 3629): no overlong form, no surrogate, no truncated sequence,
 /// nothing above U+10FFFF.
 bool isUtf8(std::string_view bytes);

@@ -10,7 +10,6 @@
 #include "kestrelink/xml/XMLWrapperSchema.h"
 #include "kestrelink/xml/libxml/BoundedParse.h"
 #include "kestrelink/xml/libxml/DetachedNode.h"
-#include "kestrelink/xml/libxml/LibxmlDump.h"
 #include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
 #include "kestrelink/xml/libxml/LibxmlSetup.h"
 #include "kestrelink/xml/libxml/LibxmlText.h"
@@ -89,11 +88,9 @@ SharedXmlDoc XMLWrapperDoc::docNode(ErrorOut error) const {
 }
 
 std::optional<std::string> XMLWrapperDoc::xmlString(ErrorOut error) const {
-  const SharedXmlDoc doc = docNode(error);
-  if (!doc) return std::nullopt;
   std::optional<std::string> text;
-  if (!dumpXml(xmlDocGetRootElement(doc.get()), text))
-    storeError(error, kXMLWrapperErrorDomain, kXMLWrapperErrorNotWritten);
+  if (documentElement_) text = documentElement_->xmlString(error);
+  if (!text) storeError(error, kXMLWrapperErrorDomain, kXMLWrapperErrorNotWritten);
   return text;
 }
 

@@ -158,28 +158,32 @@ void XMLWrapperElement::readChildren(const ::xmlNode* node, XMLTreeReading& read
       if (isUtf8(content)) appendText(trimmed(content));
     } else if (child->type == XML_ELEMENT_NODE) {
       elements_.push_back(reading.read(*reading.nameOf(*child).elementClass, child));
-      elements_.back()->wasAdopted_ = true;
     }
   }
 }
 
 void XMLWrapperElement::appendText(std::string_view text) {
   if (text.empty()) return;
-  if (!textContent_) textContent_.emplace();
-  textContent_->append(text);
+  if (textContent_) {
+    textContent_->append(text);
+  } else {
+    textContent_.emplace(text);  // without the room that appending would add
+  }
 }
 
 // Making in memory
 
-std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithTagName(std::string_view tagName) {
+std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithTagName(
+    std::string_view tagName, const NamespaceMap& namespaces) {
   auto element = std::make_shared<XMLWrapperElement>();
-  element->startWithTagName(tagName);
+  element->startWithTagName(tagName, namespaces);
   return element;
 }
 
-void XMLWrapperElement::startWithTagName(std::string_view tagName) {
+void XMLWrapperElement::startWithTagName(std::string_view tagName, const NamespaceMap& namespaces) {
   changes().tagName = tagName;
   changes().madeAs = tagName;
+  changes().namespaces = namespaces;
 }
 
 // Properties
@@ -294,14 +298,19 @@ bool XMLWrapperElement::adopt(const std::shared_ptr<XMLWrapperElement>& element)
     logDiagnostic("An element cannot be added below itself");
     return false;
   }
-  element->wasAdopted_ = true;
+  if (!element->mayBeChild()) element->changes().wasAdopted = true;
   return true;
+}
+
+// False for what is certainly the child of no element: most that a client adds children to.
+bool XMLWrapperElement::mayBeChild() const {
+  return reading_ != nullptr || (changes_ && changes_->wasAdopted);
 }
 
 // Visits each element once, even when it has several parents.
 bool XMLWrapperElement::holds(const XMLWrapperElement& sought) const {
   if (this == &sought) return true;
-  if (elements_.empty() || !sought.wasAdopted_) return false;
+  if (elements_.empty() || !sought.mayBeChild()) return false;
   std::vector<const XMLWrapperElement*> unseen = {this};
   std::unordered_set<const XMLWrapperElement*> seen;
   while (!unseen.empty()) {
@@ -318,7 +327,9 @@ bool XMLWrapperElement::holds(const XMLWrapperElement& sought) const {
 }
 
 void XMLWrapperElement::addChildElement(const std::shared_ptr<XMLWrapperElement>& element) {
-  if (!isChild(element) && adopt(element)) elements_.push_back(element);
+  if (isChild(element) || !adopt(element)) return;
+  if (elements_.empty()) elements_.reserve(4);
+  elements_.push_back(element);
 }
 
 void XMLWrapperElement::addChildElement(const std::shared_ptr<XMLWrapperElement>& element,
@@ -417,7 +428,7 @@ std::optional<std::string> XMLWrapperElement::xmlString(ErrorOut error) {
   route.throwIfOutOfMemory();
   if (!node) return std::nullopt;
   std::optional<std::string> text;
-  if (!dumpXml(node.get(), text))
+  if (!dumpXml(node.get(), route, text))
     storeError(error, kXMLWrapperErrorDomain, kXMLWrapperErrorNotWritten);
   return text;
 }

@@ -53,7 +53,8 @@ class KESTRELINK_TYPE XMLWrapperElement {
       const std::shared_ptr<XMLWrapperQuery>& query);
 
   /// A plain element made in memory.
-  static std::shared_ptr<XMLWrapperElement> initWithTagName(std::string_view tagName);
+  static std::shared_ptr<XMLWrapperElement> initWithTagName(std::string_view tagName,
+                                                            const NamespaceMap& namespaces = {});
 
   XMLWrapperElement();
   virtual ~XMLWrapperElement();
@@ -144,8 +145,8 @@ class KESTRELINK_TYPE XMLWrapperElement {
 
   /// Fills a new element from a node.
   virtual void readNode(_xmlNode* node, XMLTreeReading& reading);
-  /// Gives a new element made in memory its tag name.
-  void startWithTagName(std::string_view tagName);
+  /// Gives a new element made in memory its tag name and namespaces.
+  void startWithTagName(std::string_view tagName, const NamespaceMap& namespaces);
 
  private:
   void readAttributes(const _xmlNode* node, XMLTreeReading& reading);
@@ -154,6 +155,7 @@ class KESTRELINK_TYPE XMLWrapperElement {
   bool isChild(const std::shared_ptr<XMLWrapperElement>& element) const;
   bool adopt(const std::shared_ptr<XMLWrapperElement>& element) const;
   bool holds(const XMLWrapperElement& sought) const;
+  bool mayBeChild() const;
 
   // Kept apart because few elements have it: those made in memory, or changed after reading.
   struct Changes {
@@ -163,6 +165,7 @@ class KESTRELINK_TYPE XMLWrapperElement {
     std::optional<std::vector<std::string>> childElementSequence;
     // The tag name given at creation in memory: XPath sees an empty node of that name.
     std::optional<std::string> madeAs;
+    bool wasAdopted = false;
   };
   Changes& changes();
 
@@ -170,7 +173,6 @@ class KESTRELINK_TYPE XMLWrapperElement {
   AttributeMap attributes_;
   List elements_;
   const XMLWrapperElementClass* class_ = &elementClass;
-  bool wasAdopted_ = false;  // false: it is the child of no element
 
   // Data read from the tree is shared by its elements, to save memory in large messages.
   std::shared_ptr<XMLTreeReading> reading_;  // null for an element made in memory

@@ -34,12 +34,10 @@ std::optional<Bytes> bytesOf(const std::optional<std::string>& text) {
   return text ? decodeBase64(*text) : std::nullopt;
 }
 
-std::shared_ptr<XMLWrapperElement> textElement(
-    std::string_view tagName, std::string_view text,
-    const std::shared_ptr<const XMLWrapperNamespace>& ns) {
-  auto element = XMLWrapperElement::initWithTagName(tagName);
+std::shared_ptr<XMLWrapperElement> textElement(std::string_view tagName, std::string_view text,
+                                               const NamespaceMap& namespaces) {
+  auto element = XMLWrapperElement::initWithTagName(tagName, namespaces);
   element->setTextContent(std::string(text));
-  element->setNamespace(ns);
   return element;
 }
 

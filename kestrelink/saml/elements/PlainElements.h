@@ -26,10 +26,9 @@ std::optional<std::string> childTextOf(const std::shared_ptr<XMLWrapperElement>&
 std::optional<double> numberOf(const std::optional<std::string>& text);
 std::optional<Bytes> bytesOf(const std::optional<std::string>& text);
 
-/// A new element that holds that text, in no namespace when `ns` is null.
-std::shared_ptr<XMLWrapperElement> textElement(
-    std::string_view tagName, std::string_view text,
-    const std::shared_ptr<const XMLWrapperNamespace>& ns = nullptr);
+/// A new element that holds that text.
+std::shared_ptr<XMLWrapperElement> textElement(std::string_view tagName, std::string_view text,
+                                               const NamespaceMap& namespaces = {});
 
 /// The value of an attribute of an element that may be null.
 std::optional<std::string> attributeOf(const std::shared_ptr<XMLWrapperElement>& element,

@@ -14,7 +14,7 @@ constinit const XMLWrapperElementClass SAMLAssertion::elementClass{
     "SAMLAssertion", &makeElementInstance<SAMLAssertion>};
 
 std::shared_ptr<SAMLAssertion> SAMLAssertion::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLAssertion>(kAssertionElementName, SAMLAssertionNamespace(),
+  return makeElement<SAMLAssertion>(kAssertionElementName, assertionNamespaceOnly(),
                                     kAssertionSequence);
 }
 

@@ -10,7 +10,7 @@ constinit const XMLWrapperElementClass SAMLAttribute::elementClass{
     "SAMLAttribute", &makeElementInstance<SAMLAttribute>};
 
 std::shared_ptr<SAMLAttribute> SAMLAttribute::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLAttribute>(kAttributeElementName, SAMLAssertionNamespace());
+  return makeElement<SAMLAttribute>(kAttributeElementName, assertionNamespaceOnly());
 }
 
 std::optional<std::string> SAMLAttribute::name() const { return attributeText(kNameAttributeName); }
@@ -28,7 +28,7 @@ std::vector<std::string> SAMLAttribute::values() const {
 }
 
 void SAMLAttribute::addAttributeValue(std::string_view value) {
-  addChildElement(textElement(kAttributeValueElementName, value, SAMLAssertionNamespace()));
+  addChildElement(textElement(kAttributeValueElementName, value, assertionNamespaceOnly()));
 }
 
 }  // namespace kestrelink

@@ -12,7 +12,7 @@ constinit const XMLWrapperElementClass SAMLAttributeQueryElement::elementClass{
 std::shared_ptr<SAMLAttributeQueryElement> SAMLAttributeQueryElement::createElement(
     ErrorOut /*error*/) {
   auto element = makeElement<SAMLAttributeQueryElement>(
-      kAttributeQueryElementName, SAMLProtocolNamespace(),
+      kAttributeQueryElementName, protocolNamespaceOnly(),
       {kIssuerElementName, kSignatureElementName, kSubjectElementName, kAttributeElementName});
   stampRequest(*element, "_");
   element->setNamespace(SAMLAssertionNamespace());  // the query itself is in the protocol namespace

@@ -24,10 +24,9 @@ constinit const XMLWrapperElementClass SAMLAuthNRequestElement::elementClass{
     "SAMLAuthNRequestElement", &makeElementInstance<SAMLAuthNRequestElement>};
 
 std::shared_ptr<SAMLNameIdPolicy> SAMLNameIdPolicy::createElement(ErrorOut /*error*/) {
-  auto element = makeElement<SAMLNameIdPolicy>(kNameIdPolicyElementName);
+  auto element = makeElement<SAMLNameIdPolicy>(kNameIdPolicyElementName, protocolNamespaceOnly());
   element->setAttributeWithName(kFormatAttributeName, kNameIdPolicyTransientValue);
   element->setAttributeWithName(kAllowCreateAttributeName, flagText(false));
-  element->setNamespace(SAMLProtocolNamespace());
   return element;
 }
 
@@ -41,7 +40,7 @@ std::optional<std::string> SAMLNameIdPolicy::allowCreation() const {
 std::shared_ptr<SAMLRequestedAuthNContext> SAMLRequestedAuthNContext::createElement(
     ErrorOut /*error*/) {
   return makeElement<SAMLRequestedAuthNContext>(kRequestedAuthNContextElementName,
-                                                SAMLProtocolNamespace());
+                                                protocolNamespaceOnly());
 }
 
 std::optional<std::string> SAMLRequestedAuthNContext::comparison() const {
@@ -55,7 +54,7 @@ std::optional<std::string> SAMLRequestedAuthNContext::declRef() const {
 }
 
 std::shared_ptr<SAMLIDPEntry> SAMLIDPEntry::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLIDPEntry>(kIDPEntryElementName, SAMLProtocolNamespace());
+  return makeElement<SAMLIDPEntry>(kIDPEntryElementName, protocolNamespaceOnly());
 }
 
 std::optional<std::string> SAMLIDPEntry::providerId() const {
@@ -65,7 +64,7 @@ std::optional<std::string> SAMLIDPEntry::name() const { return attributeText(kNa
 std::optional<std::string> SAMLIDPEntry::loc() const { return attributeText(kLocAttributeName); }
 
 std::shared_ptr<SAMLScoping> SAMLScoping::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLScoping>(kScopingElementName, SAMLProtocolNamespace(),
+  return makeElement<SAMLScoping>(kScopingElementName, protocolNamespaceOnly(),
                                   {kIDPListElementName, kRequesterIdElementName});
 }
 
@@ -89,7 +88,7 @@ std::vector<std::shared_ptr<SAMLIDPEntry>> SAMLScoping::idpList() const {
 
 std::shared_ptr<SAMLAuthNRequestElement> SAMLAuthNRequestElement::createElement(ErrorOut error) {
   auto element = makeElement<SAMLAuthNRequestElement>(
-      kAuthNRequestElementName, SAMLProtocolNamespace(),
+      kAuthNRequestElementName, protocolNamespaceOnly(),
       {kIssuerElementName, kSignatureElementName, kSubjectElementName, kNameIdPolicyElementName,
        kConditionsElementName, kRequestedAuthNContextElementName, kScopingElementName});
   stampRequest(*element, "_");

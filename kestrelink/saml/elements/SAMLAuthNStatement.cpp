@@ -10,7 +10,7 @@ constinit const XMLWrapperElementClass SAMLAuthNStatement::elementClass{
     "SAMLAuthNStatement", &makeElementInstance<SAMLAuthNStatement>};
 
 std::shared_ptr<SAMLAuthNStatement> SAMLAuthNStatement::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLAuthNStatement>(kAuthNStatementElementName, SAMLAssertionNamespace(),
+  return makeElement<SAMLAuthNStatement>(kAuthNStatementElementName, assertionNamespaceOnly(),
                                          kAssertionSequence);
 }
 

@@ -11,7 +11,7 @@ constinit const XMLWrapperElementClass SAMLAuthZDecision::elementClass{
 
 std::shared_ptr<SAMLAuthZDecision> SAMLAuthZDecision::createElement(ErrorOut /*error*/) {
   return makeElement<SAMLAuthZDecision>(kAuthZDecisionStatementElementName,
-                                        SAMLAssertionNamespace());
+                                        assertionNamespaceOnly());
 }
 
 std::optional<std::string> SAMLAuthZDecision::decision() const {

@@ -13,7 +13,7 @@ constinit const XMLWrapperElementClass SAMLAuthZDecisionQueryElement::elementCla
 std::shared_ptr<SAMLAuthZDecisionQueryElement> SAMLAuthZDecisionQueryElement::createElement(
     ErrorOut /*error*/) {
   auto element = makeElement<SAMLAuthZDecisionQueryElement>(
-      kAuthzDecisionQueryElementName, SAMLProtocolNamespace(),
+      kAuthzDecisionQueryElementName, protocolNamespaceOnly(),
       {kIssuerElementName, kSignatureElementName, kSubjectElementName, kActionElementName,
        kEvidenceElementName});
   stampRequest(*element, "_");

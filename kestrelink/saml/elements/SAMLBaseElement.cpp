@@ -22,11 +22,9 @@ void SAMLBaseElement::readNode(_xmlNode* node, XMLTreeReading& reading) {
 
 void SAMLBaseElement::setElementProperties() {}
 
-void SAMLBaseElement::startAs(std::string_view tagName,
-                              const std::shared_ptr<const XMLWrapperNamespace>& ns,
+void SAMLBaseElement::startAs(std::string_view tagName, const NamespaceMap& namespaces,
                               std::initializer_list<std::string_view> sequence) {
-  startWithTagName(tagName);
-  setNamespace(ns);
+  startWithTagName(tagName, namespaces);
   if (sequence.size() > 0) {
     setChildElementSequence(std::vector<std::string>(sequence.begin(), sequence.end()));
   }

@@ -43,10 +43,10 @@ class KESTRELINK_TYPE SAMLBaseElement : public XMLWrapperElement {
   /// it has one.
   template <class Element>
   static std::shared_ptr<Element> makeElement(
-      std::string_view tagName, const std::shared_ptr<const XMLWrapperNamespace>& ns = nullptr,
+      std::string_view tagName, const NamespaceMap& namespaces = {},
       std::initializer_list<std::string_view> sequence = {}) {
     auto element = std::static_pointer_cast<Element>(Element::elementClass.makeInstance());
-    element->startAs(tagName, ns, sequence);
+    element->startAs(tagName, namespaces, sequence);
     return element;
   }
 
@@ -85,7 +85,7 @@ class KESTRELINK_TYPE SAMLBaseElement : public XMLWrapperElement {
   }
 
  private:
-  void startAs(std::string_view tagName, const std::shared_ptr<const XMLWrapperNamespace>& ns,
+  void startAs(std::string_view tagName, const NamespaceMap& namespaces,
                std::initializer_list<std::string_view> sequence);
 };
 

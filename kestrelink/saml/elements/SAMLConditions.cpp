@@ -14,7 +14,7 @@ constinit const XMLWrapperElementClass SAMLConditions::elementClass{
 
 std::shared_ptr<SAMLConditions> SAMLConditions::createElement(ErrorOut /*error*/) {
   return makeElement<SAMLConditions>(
-      kConditionsElementName, SAMLAssertionNamespace(),
+      kConditionsElementName, assertionNamespaceOnly(),
       {kConditionElementName, kAudienceRestrictionElementName, kOneTimeUseElementName});
 }
 

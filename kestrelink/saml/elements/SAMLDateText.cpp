@@ -24,12 +24,9 @@ int number(std::string_view digits) {
   return value;
 }
 
-std::string digits(unsigned value, std::size_t count) {
-  std::string text(count, '0');
-  for (std::size_t place = count; place-- > 0; value /= 10) {
-    text[place] = static_cast<char>('0' + value % 10);
-  }
-  return text;
+// Writes a number over the digits that end before `end`.
+void writeBefore(std::size_t end, std::string& text, unsigned value) {
+  for (; value > 0; value /= 10) text[--end] = static_cast<char>('0' + value % 10);
 }
 
 constexpr SAMLDate kFirst(std::chrono::sys_days(std::chrono::year(1) / 1 / 1));
@@ -45,13 +42,14 @@ std::optional<std::string> SAMLDateFormatter::stringFromDate(SAMLDate date) cons
   const auto day = std::chrono::floor<std::chrono::days>(date.seconds());
   const std::chrono::year_month_day calendar(day);
   const std::chrono::hh_mm_ss time(date.seconds() - day);
-  std::string text = digits(static_cast<unsigned>(static_cast<int>(calendar.year())), 4);
-  text.append("-").append(digits(static_cast<unsigned>(calendar.month()), 2));
-  text.append("-").append(digits(static_cast<unsigned>(calendar.day()), 2));
-  text.append("T").append(digits(static_cast<unsigned>(time.hours().count()), 2));
-  text.append(":").append(digits(static_cast<unsigned>(time.minutes().count()), 2));
-  text.append(":").append(digits(static_cast<unsigned>(time.seconds().count()), 2));
-  return text.append("Z");
+  std::string text = "0000-00-00T00:00:00Z";
+  writeBefore(4, text, static_cast<unsigned>(static_cast<int>(calendar.year())));
+  writeBefore(7, text, static_cast<unsigned>(calendar.month()));
+  writeBefore(10, text, static_cast<unsigned>(calendar.day()));
+  writeBefore(13, text, static_cast<unsigned>(time.hours().count()));
+  writeBefore(16, text, static_cast<unsigned>(time.minutes().count()));
+  writeBefore(19, text, static_cast<unsigned>(time.seconds().count()));
+  return text;
 }
 
 std::optional<SAMLDate> SAMLDateFormatter::dateFromString(std::string_view text) const {

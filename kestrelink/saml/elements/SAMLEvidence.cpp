@@ -12,7 +12,7 @@ constinit const XMLWrapperElementClass SAMLAdvice::elementClass{"SAMLAdvice",
                                                                 &makeElementInstance<SAMLAdvice>};
 
 std::shared_ptr<SAMLEvidence> SAMLEvidence::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLEvidence>(kEvidenceElementName, SAMLAssertionNamespace());
+  return makeElement<SAMLEvidence>(kEvidenceElementName, assertionNamespaceOnly());
 }
 
 std::optional<std::string> SAMLEvidence::assertionIdRef() const {
@@ -26,7 +26,7 @@ std::shared_ptr<SAMLAssertion> SAMLEvidence::assertion() const {
 }
 
 std::shared_ptr<SAMLAdvice> SAMLAdvice::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLAdvice>(kAdviceElementName, SAMLAssertionNamespace());
+  return makeElement<SAMLAdvice>(kAdviceElementName, assertionNamespaceOnly());
 }
 
 std::shared_ptr<SAMLAssertion> SAMLAdvice::assertion() const {

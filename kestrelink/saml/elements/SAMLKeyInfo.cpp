@@ -97,7 +97,7 @@ std::optional<std::string> SAMLKeyRetrievalMethod::type() const {
 std::vector<std::string> SAMLKeyRetrievalMethod::transforms() const { return transformsOf(*this); }
 
 std::shared_ptr<SAMLKeyInfo> SAMLKeyInfo::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLKeyInfo>(kKeyInfoElementName, SAMLSignatureNamespace());
+  return makeElement<SAMLKeyInfo>(kKeyInfoElementName, signatureNamespaceOnly());
 }
 
 std::optional<std::string> SAMLKeyInfo::identifier() const {

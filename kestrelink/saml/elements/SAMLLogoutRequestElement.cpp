@@ -14,7 +14,7 @@ constinit const XMLWrapperElementClass SAMLLogoutRequestElement::elementClass{
 std::shared_ptr<SAMLLogoutRequestElement> SAMLLogoutRequestElement::createElement(
     ErrorOut /*error*/) {
   auto element = makeElement<SAMLLogoutRequestElement>(
-      kLogoutRequestElementName, SAMLProtocolNamespace(),
+      kLogoutRequestElementName, protocolNamespaceOnly(),
       {kIssuerElementName, kSignatureElementName, kNameIdElementName, kSessionIndexElementName});
   stampRequest(*element, "");
   return element;

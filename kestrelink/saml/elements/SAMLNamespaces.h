@@ -4,6 +4,7 @@
 #include <memory>
 #include <string_view>
 
+#include "kestrelink/xml/NamespaceMap.h"
 #include "kestrelink/xml/XMLWrapperNamespace.h"
 
 namespace kestrelink {
@@ -21,5 +22,11 @@ inline constexpr std::string_view kSAMLMetadataNSHref = "urn:oasis:names:tc:SAML
 std::shared_ptr<XMLWrapperNamespace> SAMLProtocolNamespace();
 std::shared_ptr<XMLWrapperNamespace> SAMLAssertionNamespace();
 std::shared_ptr<XMLWrapperNamespace> SAMLSignatureNamespace();
+
+/// A map of that one namespace, for elements made in memory to share: an element copies its map
+/// before it changes it.
+const NamespaceMap& protocolNamespaceOnly();
+const NamespaceMap& assertionNamespaceOnly();
+const NamespaceMap& signatureNamespaceOnly();
 
 }  // namespace kestrelink

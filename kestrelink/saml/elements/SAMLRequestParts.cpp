@@ -18,7 +18,7 @@ void stampRequest(XMLWrapperElement& request, std::string_view identifierPrefix)
 }
 
 void setIssuerOf(XMLWrapperElement& request, std::string_view issuer) {
-  const auto element = textElement(kIssuerElementName, issuer, SAMLAssertionNamespace());
+  const auto element = textElement(kIssuerElementName, issuer, assertionNamespaceOnly());
   if (const auto current = request.firstElementByTagName(kIssuerElementName)) {
     request.replaceChildElement(current, element);
   } else {

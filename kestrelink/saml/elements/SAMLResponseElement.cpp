@@ -11,7 +11,7 @@ constinit const XMLWrapperElementClass SAMLLogoutResponseElement::elementClass{
     "SAMLLogoutResponseElement", &makeElementInstance<SAMLLogoutResponseElement>};
 
 std::shared_ptr<SAMLResponseElement> SAMLResponseElement::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLResponseElement>(kResponseElementName, SAMLProtocolNamespace());
+  return makeElement<SAMLResponseElement>(kResponseElementName, protocolNamespaceOnly());
 }
 
 std::optional<std::string> SAMLResponseElement::identifier() const {

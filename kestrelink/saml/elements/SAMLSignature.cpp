@@ -37,7 +37,7 @@ std::optional<Bytes> SAMLSignatureReference::digestValue() const {
 }
 
 std::shared_ptr<SAMLSignedInfo> SAMLSignedInfo::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLSignedInfo>(kSignedInfoElementName, SAMLSignatureNamespace());
+  return makeElement<SAMLSignedInfo>(kSignedInfoElementName, signatureNamespaceOnly());
 }
 
 std::optional<std::string> SAMLSignedInfo::identifier() const {
@@ -72,7 +72,7 @@ DetachedNode SAMLSignedInfo::xmlNode(ErrorOut error) {
 
 std::shared_ptr<SAMLSignature> SAMLSignature::createElement(ErrorOut /*error*/) {
   return makeElement<SAMLSignature>(
-      kSignatureElementName, SAMLSignatureNamespace(),
+      kSignatureElementName, signatureNamespaceOnly(),
       {kSignedInfoElementName, kSignatureValueElementName, kKeyInfoElementName});
 }
 

@@ -11,7 +11,7 @@ constinit const XMLWrapperElementClass SAMLStatus::elementClass{"SAMLStatus",
                                                                 &makeElementInstance<SAMLStatus>};
 
 std::shared_ptr<SAMLStatusCode> SAMLStatusCode::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLStatusCode>(kStatusCodeElementName, SAMLProtocolNamespace());
+  return makeElement<SAMLStatusCode>(kStatusCodeElementName, protocolNamespaceOnly());
 }
 
 std::optional<std::string> SAMLStatusCode::value() const {
@@ -22,7 +22,7 @@ std::shared_ptr<SAMLStatusCode> SAMLStatusCode::statusCode() const {
 }
 
 std::shared_ptr<SAMLStatus> SAMLStatus::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLStatus>(kStatusElementName, SAMLProtocolNamespace());
+  return makeElement<SAMLStatus>(kStatusElementName, protocolNamespaceOnly());
 }
 
 std::shared_ptr<SAMLStatusCode> SAMLStatus::statusCode() const {

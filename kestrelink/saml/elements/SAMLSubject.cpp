@@ -15,7 +15,7 @@ constinit const XMLWrapperElementClass SAMLSubject::elementClass{"SAMLSubject",
                                                                  &makeElementInstance<SAMLSubject>};
 
 std::shared_ptr<SAMLNameId> SAMLNameId::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLNameId>(kNameIdElementName, SAMLAssertionNamespace());
+  return makeElement<SAMLNameId>(kNameIdElementName, assertionNamespaceOnly());
 }
 
 std::optional<std::string> SAMLNameId::nameQualifier() const {
@@ -34,7 +34,7 @@ std::optional<std::string> SAMLNameId::spProvidedId() const {
 std::shared_ptr<SAMLSubjectConfirmation> SAMLSubjectConfirmation::createElement(
     ErrorOut /*error*/) {
   return makeElement<SAMLSubjectConfirmation>(kSubjectConfirmationElementName,
-                                              SAMLAssertionNamespace());
+                                              assertionNamespaceOnly());
 }
 
 std::optional<std::string> SAMLSubjectConfirmation::method() const {
@@ -75,7 +75,7 @@ DetachedNode SAMLSubjectConfirmation::xmlNode(ErrorOut error) {
 }
 
 std::shared_ptr<SAMLSubject> SAMLSubject::createElement(ErrorOut /*error*/) {
-  return makeElement<SAMLSubject>(kSubjectElementName, SAMLAssertionNamespace(),
+  return makeElement<SAMLSubject>(kSubjectElementName, assertionNamespaceOnly(),
                                   {kNameIdElementName, kSubjectConfirmationElementName});
 }
 

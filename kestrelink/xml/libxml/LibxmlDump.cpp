@@ -7,14 +7,11 @@
 
 #include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
 #include "kestrelink/xml/libxml/LibxmlHandles.h"
-#include "kestrelink/xml/libxml/LibxmlSetup.h"
 #include "kestrelink/xml/libxml/LibxmlText.h"
 
 namespace kestrelink {
 
-bool dumpXml(xmlNode* node, std::optional<std::string>& text) {
-  ensureLibxmlParser();
-  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
+bool dumpXml(xmlNode* node, const LibxmlErrorRoute& route, std::optional<std::string>& text) {
   // Not xmlNodeDump: when its buffer cannot grow, libxml2 2.9 leaks it and frees it twice.
   const XmlOutputOwner buffer(xmlAllocOutputBuffer(nullptr));
   if (!buffer) return false;
@@ -28,11 +25,12 @@ bool dumpXml(xmlNode* node, std::optional<std::string>& text) {
 
 bool libxmlEscapesNamespaceNames() {
   static const bool escapes = [] {
+    const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
     const XmlNodeOwner node(xmlNewNode(nullptr, xmlTextOf(std::string("n"))));
     std::optional<std::string> text;
     const bool dumped = node &&
                         xmlNewNs(node.get(), xmlTextOf(std::string("<")), nullptr) != nullptr &&
-                        dumpXml(node.get(), text) && text;
+                        dumpXml(node.get(), route, text) && text;
     if (!dumped) throw std::bad_alloc();
     return text->find("&lt;") != std::string::npos;
   }();

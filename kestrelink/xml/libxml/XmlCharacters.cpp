@@ -21,10 +21,7 @@ bool isXmlCharacter(char32_t character) {
   return character != U'\uFFFE' && character != U'\uFFFF';
 }
 
-// ASCII that needs no check: most of what is written. (Function objects, so that they inline.)
-constexpr auto isPlain = [](char byte) {
-  return (byte >= ' ' && byte < '\x7F') || byte == '\n' || byte == '\t';
-};
+// A function object, so that it inlines.
 constexpr auto isLetter = [](char byte) {
   return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z');
 };
@@ -85,7 +82,7 @@ bool isCharacterReference(std::string_view text) {
 }  // namespace
 
 std::optional<std::string> replacementFor(std::string_view text) {
-  if (std::all_of(text.begin(), text.end(), isPlain)) return std::nullopt;
+  if (isPlainAscii(text)) return std::nullopt;  // most texts
   std::string valid;
   if (isUtf8(text)) {
     valid = text;
