@@ -12,9 +12,9 @@ std::shared_ptr<XMLWrapperNamespace> makeNamespace(std::string_view prefix, std:
   return std::make_shared<XMLWrapperNamespace>(std::string(prefix), std::string(href));
 }
 
-NamespaceMap& mapOf(const std::shared_ptr<XMLWrapperNamespace>& ns) {
+NamespaceMap& mapOf(std::shared_ptr<XMLWrapperNamespace> (*makeOnly)()) {
   NamespaceMap map;
-  map.set(ns);
+  map.set(makeOnly());
   return noDestructor<NamespaceMap>(std::move(map));
 }
 
@@ -33,17 +33,17 @@ std::shared_ptr<XMLWrapperNamespace> SAMLSignatureNamespace() {
 }
 
 const NamespaceMap& protocolNamespaceOnly() {
-  static const NamespaceMap& map = mapOf(SAMLProtocolNamespace());
+  static const NamespaceMap& map = mapOf(SAMLProtocolNamespace);
   return map;
 }
 
 const NamespaceMap& assertionNamespaceOnly() {
-  static const NamespaceMap& map = mapOf(SAMLAssertionNamespace());
+  static const NamespaceMap& map = mapOf(SAMLAssertionNamespace);
   return map;
 }
 
 const NamespaceMap& signatureNamespaceOnly() {
-  static const NamespaceMap& map = mapOf(SAMLSignatureNamespace());
+  static const NamespaceMap& map = mapOf(SAMLSignatureNamespace);
   return map;
 }
 
