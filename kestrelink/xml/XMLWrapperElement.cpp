@@ -302,7 +302,7 @@ bool XMLWrapperElement::adopt(const std::shared_ptr<XMLWrapperElement>& element)
   return true;
 }
 
-// False for what is certainly the child of no element: most that a client adds children to.
+// False only for an element made in memory that was never added to another.
 bool XMLWrapperElement::mayBeChild() const {
   return reading_ != nullptr || (changes_ && changes_->wasAdopted);
 }

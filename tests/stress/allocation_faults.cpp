@@ -14,10 +14,13 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <memory>
 #include <new>
 #include <set>
 #include <thread>
 #include <vector>
+
+#include <libxml/tree.h>
 
 #include "kestrelink/platform/Clock.h"
 #include "kestrelink/platform/DiagnosticLog.h"
@@ -100,7 +103,7 @@ std::string xpath() {
 }
 
 // A text long enough that libxml2's buffer has to grow, with a character that XML forbids, and an
-// attribute with a namespace of its own.
+// attribute with a namespace of its own. Written, and as the root of a libxml2 document.
 std::string writeElement() {
   const auto element = readWithoutSchema()->documentElement();
   const auto attribute = std::make_shared<XMLWrapperAttribute>();
@@ -109,8 +112,18 @@ std::string writeElement() {
   const_cast<XMLWrapperElement::AttributeMap&>(element->attributes())
       .emplace_back("hint", attribute);
   element->setTextContent(std::string(20000, 'x') + '\x01');
+  const auto doc = XMLWrapperDoc::initWithElement(element, nullptr);
   Error error;
-  return withFaults([&] { return element->xmlString(&error); }).value_or(none(error));
+  SharedXmlDoc tree;
+  const auto written = withFaults([&] {
+    tree = doc->docNode(&error);
+    return tree ? doc->xmlString(&error) : std::nullopt;
+  });
+  if (!written) return none(error);
+  const std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(),
+                                                                    &xmlBufferFree);
+  xmlNodeDump(buffer.get(), tree.get(), xmlDocGetRootElement(tree.get()), 0, 1);
+  return *written + reinterpret_cast<const char*>(xmlBufferContent(buffer.get()));
 }
 
 const std::string kNotWritten = "none XMLWrapperErrorDomain 101";

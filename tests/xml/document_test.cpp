@@ -1,5 +1,7 @@
 #include <libxml/tree.h>
 
+#include "kestrelink/xml/libxml/LibxmlText.h"
+
 #include "tests/support/LibxmlVersion.h"
 #include "tests/support/Support.h"
 
@@ -43,9 +45,16 @@ TEST(Document, BuiltAroundAnElement) {
   EXPECT_EQ(doc->xmlString(), "<r/>");
   element->setTextContent("later");
   EXPECT_EQ(doc->xmlString(), "<r>later</r>");
-  EXPECT_STREQ(reinterpret_cast<const char*>(doc->docNode()->version), "2.0");
+
+  doc->setDocumentElement(root("<r xmlns:p='urn:p' p:a='v'/>"));
+  const SharedXmlDoc tree = doc->docNode();
+  EXPECT_EQ(viewOf(tree->version), "2.0");
+  EXPECT_EQ(viewOf(xmlDocGetRootElement(tree.get())->properties->ns->href), "urn:p");
 
   doc->setDocumentElement(nullptr);
+  EXPECT_EQ(doc->docNode(&error), nullptr);
+  EXPECT_EQ(text(error), "XMLWrapperErrorDomain 101");
+  error.reset();
   EXPECT_EQ(doc->xmlString(&error), std::nullopt);
   EXPECT_EQ(text(error), "XMLWrapperErrorDomain 101");
 }
