@@ -71,8 +71,8 @@ std::string fileMappedAt(const void* address) {
   return {};
 }
 
-// The file that this code was loaded from: the shared library, or the program with the static
-// library.
+// The file that this code was loaded from: the shared library, or the program or plugin
+// with the static library.
 std::string loadedFile() {
   Dl_info information{};
   void* map = nullptr;
@@ -95,7 +95,8 @@ bool isFolder(const std::string& path) {
 }
 
 // In the `share` beside the file, or beside one of the two folders it is in: Debian keeps libraries
-// one folder deeper (lib/x86_64-linux-gnu). cmake/Install.cmake checks folders by the same rule.
+// one folder deeper (lib/x86_64-linux-gnu). cmake/InstallLayout.cmake checks folders by the same
+// rule.
 std::optional<ResourceBundle> locateBundle() {
   const std::string file = loadedFile();
   std::string folder = file;

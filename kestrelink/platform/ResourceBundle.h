@@ -13,9 +13,9 @@ class ResourceBundle {
   explicit ResourceBundle(std::string folder);
 
   /// The bundle "com.norvane.Kestrelink.SAMLFramework": that folder in the `share` beside the file
-  /// that the library was loaded from (for a static build: the program), or beside one of the two
-  /// folders around it. Looked up once, on first use, from any thread; null when there is none, and
-  /// then the diagnostic log says so.
+  /// that the library was loaded from (with the static library: the program or plugin), or beside
+  /// one of the two folders around it. Looked up once, on first use, from any thread; null when
+  /// there is none, and then the diagnostic log says so.
   static const ResourceBundle* ofLibrary();
 
   /// The resource's bytes; `std::nullopt` when there is no such regular file or it cannot be read.

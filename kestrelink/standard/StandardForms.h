@@ -95,7 +95,7 @@ inline void setAssertionConsumerService(const SAMLAuthNRequest& request, std::st
 
 /// Copies the subject's name identifier, with all its attributes, into the logout request and
 /// replaces any that is there. The copy is named "NameId", so that it is written with and without
-/// `toStandardForm`. False when the subject has none.
+/// `toStandardForm`. False when the subject has none, or the document no root element of its class.
 inline bool setNameIdFrom(const SAMLLogoutRequest& request, const SAMLSubject& subject) {
   const auto identifier = nameIdOf(subject);
   const auto& element = request.requestElement();

@@ -34,8 +34,8 @@ class XMLTreeReading;
 /// Clients call the virtual operations through an element that they were given. The shared library
 /// exports only the type information of the element classes. Static operations (`initWithNode`,
 /// `initWithTagName`, `elementClass`, every `createElement`), constructors and protected operations
-/// are internal: a client that calls one gets an undefined reference. To create elements a client
-/// uses `standard::elementFromText` (kestrelink/standard/MakeElement.h).
+/// are internal: a client of the shared library that calls one gets an undefined reference. To
+/// create elements a client uses `standard::elementFromText` (kestrelink/standard/MakeElement.h).
 ///
 /// Threads: an element and all elements of its tree are used by one thread at a time.
 class KESTRELINK_TYPE XMLWrapperElement {
@@ -132,8 +132,8 @@ class KESTRELINK_TYPE XMLWrapperElement {
   /// as is everything below 1000 levels.
   virtual DetachedNode xmlNode(ErrorOut error = nullptr);
   /// The element as indented XML text; the errors of `xmlNode` may be set although it is returned.
-  /// `std::nullopt` when there is no node, and with `kXMLWrapperErrorNotWritten` when out of
-  /// memory.
+  /// `std::nullopt` when there is no node, and with `kXMLWrapperErrorNotWritten` when there is no
+  /// memory for the first buffer.
   virtual std::optional<std::string> xmlString(ErrorOut error = nullptr);
 
   /// The class this element is an instance of.

@@ -29,8 +29,8 @@ class XMLWrapperNamespace {
   void setHref(std::optional<std::string> href) { href_ = std::move(href); }
 
   /// Declares the namespace on a node, which then owns the record. Without a node the caller owns
-  /// the record. Null with `kXMLWrapperErrorNamespaceNotWritten` when libxml2 refuses, as for a
-  /// prefix that the node already declares.
+  /// the record. Null with `kXMLWrapperErrorNamespaceNotWritten` when it cannot be declared, as for
+  /// a prefix that the node already declares.
   _xmlNs* xmlNsForNode(_xmlNode* node, ErrorOut error = nullptr) const;
 
  private:

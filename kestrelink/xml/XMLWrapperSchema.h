@@ -21,7 +21,7 @@ class XMLWrapperSchema {
   static std::unique_ptr<XMLWrapperSchema> initWithSchemaData(const SharedBytes& schemaData);
 
   /// Whether the document is valid. If not: `kXMLWrapperErrorNotValid` with a description, which
-  /// has a line "ERROR code: file line number: message" for each fault.
+  /// has a line "ERROR code:  line number: message" for each fault.
   bool validateDocument(_xmlDoc* doc, ErrorOut error = nullptr) const;
 
   explicit XMLWrapperSchema(XmlSchemaOwner schema) : schemaPtr_(std::move(schema)) {}

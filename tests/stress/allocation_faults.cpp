@@ -126,6 +126,23 @@ std::string writeElement() {
   return *written + reinterpret_cast<const char*>(xmlBufferContent(buffer.get()));
 }
 
+// A long entity name and a comment that is not ASCII are copied within libxml2's callbacks.
+std::string readWithinBounds() {
+  std::string hidden = "<r><!-- \xC3\xA9 <t";
+  for (int count = 0; count < 6000; ++count) hidden += " a=''";
+  const auto bytesOf = [](const std::string& text) {
+    return std::make_shared<const std::string>(text);
+  };
+  const std::array messages = {
+      bytesOf("<!DOCTYPE r [<!ENTITY its-name-is-long 'x'>]><r a='&its-name-is-long;'/>"),
+      bytesOf(hidden + "/> --></r>")};
+  const auto read = withFaults([&] {
+    return std::array{XMLWrapperDoc::initWithData(messages[0], nullptr),
+                      XMLWrapperDoc::initWithData(messages[1], nullptr)};
+  });
+  return read[0] && read[1] ? "both" : "none";
+}
+
 const std::string kNotWritten = "none XMLWrapperErrorDomain 101";
 const std::set<std::string> kNotFound = {"none", "none XMLWrapperErrorDomain 201",
                                          "none XMLWrapperErrorDomain 300"};
@@ -133,6 +150,7 @@ const std::vector<Operation> operations = {
     {"read", 31, {}, [] { return read(sample); }},
     {"refuse", 61, {}, [] { return read(invalid); }},
     {"read-without-schema", 1, {}, &readWithEveryQuestion},
+    {"read-within-bounds", 1, {}, &readWithinBounds},
     {"xpath", 1, kNotFound, &xpath},
     {"requests", 1, {kNotWritten}, [] { return withFaults([] { return requests(sample); }); }},
     {"write-element", 1, {kNotWritten}, &writeElement},

@@ -24,7 +24,7 @@ using Bytes = std::vector<std::uint8_t>;
 /// reported.
 ///
 /// `createElement` and all static or protected operations, here and in every derived class, are
-/// internal and cannot be linked: see `XMLWrapperElement`.
+/// internal and not exported: see `XMLWrapperElement`.
 class KESTRELINK_TYPE SAMLBaseElement : public XMLWrapperElement {
  public:
   static const XMLWrapperElementClass elementClass;

@@ -2,8 +2,9 @@
 // up, write or register. Some are defined and not used.
 //
 // Some names are not the standard's ("NameId", "AuthzDecisiontStatement", "Element" for evidence),
-// and some have a prefix, which parsed tag names never have. Kept as they are: providers and
-// clients have been built against them. The standard's names are in kestrelink/standard/.
+// and some have a prefix, which parsed tag names never have when it is declared. Kept as they are:
+// providers and clients have been built against them. The standard's names are in
+// kestrelink/standard/.
 #pragma once
 
 #include <initializer_list>

@@ -22,7 +22,7 @@ class KESTRELINK_TYPE SAMLStatus : public SAMLBaseElement {
 
   virtual std::shared_ptr<SAMLStatusCode> statusCode() const;
   /// Looked up with the prefix, as "samlp:StatusMessage" and "samlp:StatusDetail": `std::nullopt`
-  /// for a parsed message, whose tag names have no prefix.
+  /// for a parsed message: its tag names have no prefix, unless it is undeclared.
   virtual std::optional<std::string> statusMessage() const;
   virtual std::optional<std::string> statusDetail() const;
   /// The value of the top-level code.

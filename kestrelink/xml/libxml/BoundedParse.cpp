@@ -3,6 +3,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <string_view>
 
 #include <libxml/SAX2.h>
@@ -56,6 +57,11 @@ class Parser {
     refused_ = true;
     xmlStopParser(context);
   }
+  // In a callback, through which nothing may be thrown.
+  static void stopOutOfMemory(xmlParserCtxt* context) noexcept {
+    LibxmlErrorRoute::noteOutOfMemory();
+    xmlStopParser(context);
+  }
 
   const std::string& bytes_;
   XmlParserOwner parser_;
@@ -84,9 +90,13 @@ XmlDocOwner Parser::parse() {
 void Parser::startDocument(void* context) noexcept {
   auto* const parser = static_cast<xmlParserCtxt*>(context);
   Parser& self = of(context);
-  if (mayHoldTagWithMoreAttributes(self.bytes_.size(), kMostAttributesOfATag) &&
-      hasTagWithMoreAttributes(libxmlTextAhead(*parser->input), kMostAttributesOfATag)) {
-    return self.refuse(parser);
+  try {
+    if (mayHoldTagWithMoreAttributes(self.bytes_.size(), kMostAttributesOfATag) &&
+        hasTagWithMoreAttributes(libxmlTextAhead(*parser->input), kMostAttributesOfATag)) {
+      return self.refuse(parser);
+    }
+  } catch (const std::bad_alloc&) {
+    return stopOutOfMemory(parser);
   }
   xmlSAX2StartDocument(context);
 }
@@ -115,7 +125,11 @@ void Parser::startElement(void* context, const xmlChar* name, const xmlChar* pre
                           const xmlChar** attributes) noexcept {
   auto* const parser = static_cast<xmlParserCtxt*>(context);
   Parser& self = of(context);
-  self.count(*parser, attributes, attributeCount);
+  try {
+    self.count(*parser, attributes, attributeCount);
+  } catch (const std::bad_alloc&) {
+    return stopOutOfMemory(parser);
+  }
   self.comparisons_ +=
       libxmlComparisons(*parser, namespaceCount, attributeCount, self.identifiers_);
   if (self.comparisons_ > kComparisonsOfAnyMessage + kComparisonsPerByte * self.bytes_.size() ||

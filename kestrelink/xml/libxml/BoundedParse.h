@@ -13,11 +13,13 @@ namespace kestrelink {
 /// Null too, with a line in the log, for a message on which libxml2 would spend time or memory out
 /// of proportion to its size:
 /// - more than 5,000 attributes in one tag;
-/// - more than a hundred million comparisons of names, and more than twenty for every byte.
-///   libxml2 compares attributes with those before them in the tag, prefixes with the namespaces in
-///   scope, and names and identifiers with others of the message;
+/// - more comparisons of names than a hundred million plus twenty for each byte: of attributes with
+///   those before them in the tag, of prefixes with the namespaces in scope, of names and
+///   identifiers with others of the message;
 /// - a document type declaration in a message of more than 16 KB, or with more than 100 references
 ///   to the entities that it declares.
+///
+/// The first two hold before libxml2 2.12, which has hash tables.
 XmlDocOwner boundedParse(const std::string& bytes);
 
 }  // namespace kestrelink

@@ -29,7 +29,7 @@ class DetachedNode {
   const char* writable(const std::string& text, std::string& replacement);
 
   /// Takes over the child's records and notes and, unless the child is null, appends it as the last
-  /// child. False when libxml2 refuses.
+  /// child.
   void addChild(DetachedNode child);
 
   /// Keeps the record for as long as the node.
