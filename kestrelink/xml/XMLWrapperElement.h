@@ -52,7 +52,7 @@ class KESTRELINK_TYPE XMLWrapperElement {
       const XMLWrapperElementClass& asClass, const XmlNodeRef& node,
       const std::shared_ptr<XMLWrapperQuery>& query);
 
-  /// A plain element made in memory.
+  /// A plain element made in memory, with these namespaces.
   static std::shared_ptr<XMLWrapperElement> initWithTagName(std::string_view tagName,
                                                             const NamespaceMap& namespaces = {});
 
