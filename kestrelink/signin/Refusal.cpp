@@ -1,0 +1,15 @@
+#include "kestrelink/signin/Refusal.h"
+
+namespace kestrelink::signin {
+
+std::string quoted(std::string_view value) {
+  constexpr std::size_t kLongest = 200;
+  std::string text = "\"";
+  for (const char character : value.substr(0, kLongest)) {
+    const bool isControl = static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
+    text += isControl ? '?' : character;
+  }
+  return text + (value.size() > kLongest ? "...\"" : "\"");
+}
+
+}  // namespace kestrelink::signin
