@@ -44,12 +44,14 @@ enum class Reason {
   request,           ///< the response to another request, or to none
   version,           ///< not SAML 2.0
   confirmation,      ///< no bearer confirmation holds
+  condition,         ///< a condition that this library does not understand
   timeWindow,        ///< a time window does not include the current time, or has no end
   noSessionEnd,      ///< no "SessionNotOnOrAfter", without `Policy::sessionWithoutEnd`
   sessionOver,       ///< the session has ended
   noAssertion,       ///< success is claimed without an assertion
   noAuthentication,  ///< nobody signed in: there is no authentication statement
   noSubscriber,      ///< nobody is named
+  otherSubscriber,   ///< the answer to a query is about somebody else
   seenBefore,        ///< the request or the assertion was used before
   tooMany,           ///< the memory of used identifiers is full
   providerExpired,   ///< the provider's metadata has expired

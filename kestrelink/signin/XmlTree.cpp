@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <memory>
 
+#include <libxml/globals.h>
 #include <libxml/parser.h>
+#include <libxml/xmlversion.h>
 
 #include "kestrelink/xml/XMLWrapperDoc.h"
 
@@ -22,12 +24,35 @@ void stopAtDocumentType(void* context, const xmlChar* /*name*/, const xmlChar* /
   xmlStopParser(parser);
 }
 
+#if LIBXML_VERSION >= 21200
+using ErrorRecord = const xmlError*;
+#else
+using ErrorRecord = xmlErrorPtr;
+#endif
+
+void ignore(void* /*context*/, ErrorRecord /*error*/) {}
+void ignoreText(void* /*context*/, const char* /*format*/, ...) {}
+
 // The first library refuses what would take libxml2 time or memory out of proportion.
 bool isWithinBounds(std::string_view xml) {
   return XMLWrapperDoc::initWithData(std::make_shared<const std::string>(xml), nullptr) != nullptr;
 }
 
 }  // namespace
+
+QuietLibxml::QuietLibxml()
+    : structured_(xmlStructuredError),
+      structuredContext_(xmlStructuredErrorContext),
+      generic_(xmlGenericError),
+      genericContext_(xmlGenericErrorContext) {
+  xmlSetStructuredErrorFunc(nullptr, &ignore);
+  xmlSetGenericErrorFunc(nullptr, &ignoreText);
+}
+
+QuietLibxml::~QuietLibxml() {
+  xmlSetStructuredErrorFunc(structuredContext_, structured_);
+  xmlSetGenericErrorFunc(genericContext_, generic_);
+}
 
 std::string textOf(const xmlChar* text) {
   return text != nullptr ? reinterpret_cast<const char*>(text) : std::string();

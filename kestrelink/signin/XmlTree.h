@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <libxml/tree.h>
+#include <libxml/xmlerror.h>
 
 #include "kestrelink/signin/Refusal.h"
 
@@ -50,6 +51,21 @@ xmlNode* firstChild(const xmlNode* parent, const char* space, const char* name);
 /// written anywhere. Refused: `tooLong`, `documentType`, `notXml`; also what would cost too much
 /// time or memory (bounds of the first library).
 Owned<xmlDoc> parsed(std::string_view xml, std::size_t mostBytes);
+
+/// While it lives, libxml2 reports this thread's errors nowhere: they quote unverified messages.
+class QuietLibxml {
+ public:
+  QuietLibxml();
+  ~QuietLibxml();
+  QuietLibxml(const QuietLibxml&) = delete;
+  QuietLibxml& operator=(const QuietLibxml&) = delete;
+
+ private:
+  xmlStructuredErrorFunc structured_;
+  void* structuredContext_;
+  xmlGenericErrorFunc generic_;
+  void* genericContext_;
+};
 
 /// The whole document as XML text in UTF-8.
 std::string written(xmlDoc* document);
