@@ -44,11 +44,14 @@ install(FILES "${PROJECT_BINARY_DIR}/KestrelinkSAMLConfig.cmake"
 set(KestrelinkSAML_BUNDLE "${PROJECT_BINARY_DIR}/share/${bundle_name}")
 include(cmake/KestrelinkSAMLBundle.cmake)
 
-foreach(header IN LISTS KESTRELINK_PUBLIC_HEADERS)
-  cmake_path(GET header PARENT_PATH folder)
-  install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}"
-    COMPONENT development)
-endforeach()
+function(kestrelink_install_headers component)
+  foreach(header IN LISTS ARGN)
+    cmake_path(GET header PARENT_PATH folder)
+    install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/${folder}"
+      COMPONENT ${component})
+  endforeach()
+endfunction()
+kestrelink_install_headers(development ${KESTRELINK_PUBLIC_HEADERS})
 
 # A folder given as an absolute path stays as it is; any other is relative to the .pc file.
 cmake_path(SET pc_dir NORMALIZE "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
@@ -67,10 +70,23 @@ foreach(kind lib include)
     string(PREPEND pc_${kind}dir "\${prefix}/")
   endif()
 endforeach()
-foreach(file kestrelink-saml.pc kestrelink-saml-static.pc)
-  configure_file(cmake/${file}.in "${PROJECT_BINARY_DIR}/${file}" @ONLY)
-  install(FILES "${PROJECT_BINARY_DIR}/${file}" DESTINATION "${pc_dir}" COMPONENT development)
-endforeach()
+function(kestrelink_install_pc component)
+  foreach(file IN LISTS ARGN)
+    configure_file(cmake/${file}.in "${PROJECT_BINARY_DIR}/${file}" @ONLY)
+    install(FILES "${PROJECT_BINARY_DIR}/${file}" DESTINATION "${pc_dir}" COMPONENT ${component})
+  endforeach()
+endfunction()
+kestrelink_install_pc(development kestrelink-saml.pc kestrelink-saml-static.pc)
+
+if(TARGET kestrelink-saml-signin)
+  set_target_properties(kestrelink-saml-signin PROPERTIES INSTALL_RPATH "$ORIGIN")
+  install(TARGETS kestrelink-saml-signin EXPORT KestrelinkSAMLSigninTargets
+    LIBRARY COMPONENT signin NAMELINK_COMPONENT signin_development)
+  install(EXPORT KestrelinkSAMLSigninTargets NAMESPACE KestrelinkSAML::
+    DESTINATION "${package_dir}" COMPONENT signin_development)
+  kestrelink_install_headers(signin_development ${KESTRELINK_SIGNIN_HEADERS})
+  kestrelink_install_pc(signin_development kestrelink-saml-signin.pc)
+endif()
 
 install(DIRECTORY "${KestrelinkSAML_BUNDLE}"
   DESTINATION "${CMAKE_INSTALL_DATADIR}" COMPONENT runtime)

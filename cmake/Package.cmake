@@ -1,8 +1,12 @@
-# `cpack` makes two Debian packages: the library with its tool, and what is needed to build with it.
+# `cpack` makes four Debian packages: each library, and what is needed to build with it. The tool is in
+# the package of the first.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL runtime development)
+if(TARGET kestrelink-saml-signin)
+  list(APPEND CPACK_COMPONENTS_ALL signin signin_development)
+endif()
 set(CPACK_PACKAGE_CONTACT "The kestrelink-saml authors <maintainers@kestrelink.example>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "SAML 2.0 messages of television sign-in")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -40,11 +44,32 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "libxml2-dev, uuid-dev")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
 "Headers, the static library, and files for CMake and pkg-config.")
 
+set(signin_runtime "libkestrelink-saml-signin${signin_soversion}")
+set(CPACK_DEBIAN_SIGNIN_PACKAGE_NAME "${signin_runtime}")
+set(CPACK_DEBIAN_SIGNIN_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_SIGNIN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/lib")
+file(WRITE "${PROJECT_BINARY_DIR}/debian/signin/shlibs"
+  "libkestrelink-saml-signin ${signin_soversion} ${signin_runtime} (>= ${PROJECT_VERSION})\n")
+set(CPACK_DEBIAN_SIGNIN_PACKAGE_CONTROL_EXTRA
+  "${PROJECT_BINARY_DIR}/debian/signin/shlibs;${PROJECT_SOURCE_DIR}/cmake/debian/triggers"
+  "${PROJECT_BINARY_DIR}/debian/none/postinst;${PROJECT_BINARY_DIR}/debian/none/postrm")
+set(CPACK_DEBIAN_SIGNIN_PACKAGE_DEPENDS "${runtime} (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_SIGNIN_DESCRIPTION
+"Signs television subscribers in with SAML 2.0 identity providers: verifies,
+decrypts and checks their responses, and makes signed requests.")
+set(CPACK_DEBIAN_SIGNIN_DEVELOPMENT_PACKAGE_NAME libkestrelink-saml-signin-dev)
+set(CPACK_DEBIAN_SIGNIN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_SIGNIN_DEVELOPMENT_PACKAGE_DEPENDS
+  "${signin_runtime} (= ${PROJECT_VERSION}), libkestrelink-saml-dev (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_SIGNIN_DEVELOPMENT_DESCRIPTION
+"Headers of kestrelink-saml-signin, and files for CMake and pkg-config.")
+
 # Debian requires these files in a package.
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   configure_file(cmake/debian/changelog.in "${PROJECT_BINARY_DIR}/changelog" @ONLY)
   kestrelink_compressed("${PROJECT_BINARY_DIR}/changelog" changelog.gz)
-  foreach(component runtime development)
+  foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     string(TOUPPER "${component}" upper)
     set(doc "${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}")
     install(FILES "${PROJECT_BINARY_DIR}/changelog.gz" cmake/debian/copyright

@@ -40,3 +40,13 @@ set(KESTRELINK_PUBLIC_HEADERS
   kestrelink/xml/XMLWrapperElement.h
   kestrelink/xml/XMLWrapperElementClass.h
   kestrelink/xml/XMLWrapperNamespace.h)
+# Those of kestrelink-saml-signin.
+set(KESTRELINK_SIGNIN_HEADERS
+  kestrelink/signin/Bindings.h
+  kestrelink/signin/Client.h
+  kestrelink/signin/Export.h
+  kestrelink/signin/Memory.h
+  kestrelink/signin/Policy.h
+  kestrelink/signin/Provider.h
+  kestrelink/signin/Result.h
+  kestrelink/signin/SignIn.h)
