@@ -21,14 +21,17 @@ struct UrlSignature {
 
 /// A message as it came in, out of its binding. Nothing of it is verified.
 struct Received {
-  Binding binding = Binding::post;  ///< `post` too for base64 and for XML text
-  std::string xml;                  ///< the XML text; for SOAP that of the whole envelope
+  /// `redirect` for what was deflated, `post` too for base64 and for XML text.
+  Binding binding = Binding::post;
+  std::string xml;  ///< the XML text; for SOAP that of the whole envelope
   std::string relayState;
   std::optional<UrlSignature> signature;
 };
 
 /// Takes a message out of what came in: a posted body, a query string or a URL, base64 (deflated or
-/// not), a SOAP envelope, or XML text. `std::nullopt` with the reason, an English sentence.
+/// not), a SOAP envelope, or XML text. A parameter that appears twice is refused: two readers could
+/// choose differently. Whether the XML text is well-formed is not looked at. `std::nullopt` with
+/// the reason, an English sentence.
 KESTRELINK_SIGNIN_EXPORT std::optional<Received> decode(std::string_view received,
                                                         std::string& reason,
                                                         const Policy& policy = {});

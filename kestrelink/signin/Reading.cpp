@@ -4,20 +4,13 @@
 #include <utility>
 
 #include "kestrelink/saml/SAMLParserController.h"
-#include "kestrelink/signin/Bindings.h"
+#include "kestrelink/signin/Incoming.h"
 #include "kestrelink/signin/LibraryForm.h"
 #include "kestrelink/signin/Trusted.h"
 #include "kestrelink/signin/XmlTree.h"
 
 namespace kestrelink::signin {
 namespace {
-
-Received decoded(std::string_view received, const Policy& policy) {
-  std::string reason;
-  auto message = decode(received, reason, policy);
-  if (message) return std::move(*message);
-  refuse(received.size() > policy.mostBytes ? Reason::tooLong : Reason::notDecodable, reason);
-}
 
 std::string descriptionOf(const std::optional<ErrorInfo>& error) {
   if (!error) return {};
@@ -41,7 +34,7 @@ std::shared_ptr<SAMLResponse> readResponse(std::string text) {
 
 Reading readMessage(std::string_view received, const char* root, const Client& client,
                     const Provider& provider, const Policy& policy, SAMLDate now) {
-  const Received message = decoded(received, policy);
+  const Received message = unpacked(received, policy);
   const Owned<xmlDoc> document = parsed(message.xml, policy.mostBytes);
   const xmlNode* const element = messageIn(document.get());
   if (!is(element, kProtocol, root)) {

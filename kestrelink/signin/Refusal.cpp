@@ -2,6 +2,12 @@
 
 namespace kestrelink::signin {
 
+void requireLength(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return;
+  refuse(Reason::tooLong, "the message has " + std::to_string(text.size()) +
+                              " bytes, and at most " + std::to_string(most) + " are read");
+}
+
 std::string quoted(std::string_view value) {
   constexpr std::size_t kLongest = 200;
   std::string text = "\"";

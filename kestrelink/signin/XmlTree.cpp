@@ -93,10 +93,7 @@ xmlNode* firstChild(const xmlNode* parent, const char* space, const char* name) 
 }
 
 Owned<xmlDoc> parsed(std::string_view xml, std::size_t mostBytes) {
-  if (xml.size() > mostBytes) {
-    refuse(Reason::tooLong, "the message has " + std::to_string(xml.size()) +
-                                " bytes, and at most " + std::to_string(mostBytes) + " are read");
-  }
+  requireLength(xml, mostBytes);
   require(isWithinBounds(xml), Reason::notXml,
           "the message is not XML, or would take too much time or memory");
   const std::unique_ptr<xmlParserCtxt, ReleaseParser> parser(xmlNewParserCtxt());

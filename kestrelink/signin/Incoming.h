@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string_view>
+
+#include "kestrelink/signin/Bindings.h"
+
+namespace kestrelink::signin {
+
+/// As `decode`, without a look at the XML: a SOAP envelope is `Binding::post`. Refused: `tooLong`,
+/// `notDecodable`.
+Received unpacked(std::string_view received, const Policy& policy);
+
+}  // namespace kestrelink::signin
