@@ -6,6 +6,9 @@
 
 namespace kestrelink::signin {
 
+/// Refused with `notConfigured`: an endpoint that is no http or https URL, a relay state of more
+/// than 80 bytes (section 3.4.3).
+
 /// The endpoint's URL with the deflated request in its query. Signed there when there is a key
 /// (section 3.4.4.1).
 std::string redirectUrl(const std::string& endpoint, std::string_view request,
