@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <memory>
 
-#include <libxml/globals.h>
 #include <libxml/parser.h>
-#include <libxml/xmlversion.h>
 
 #include "kestrelink/xml/XMLWrapperDoc.h"
 
@@ -24,35 +22,28 @@ void stopAtDocumentType(void* context, const xmlChar* /*name*/, const xmlChar* /
   xmlStopParser(parser);
 }
 
-#if LIBXML_VERSION >= 21200
-using ErrorRecord = const xmlError*;
-#else
-using ErrorRecord = xmlErrorPtr;
-#endif
-
-void ignore(void* /*context*/, ErrorRecord /*error*/) {}
-void ignoreText(void* /*context*/, const char* /*format*/, ...) {}
-
 // The first library refuses what would take libxml2 time or memory out of proportion.
 bool isWithinBounds(std::string_view xml) {
   return XMLWrapperDoc::initWithData(std::make_shared<const std::string>(xml), nullptr) != nullptr;
 }
 
+Owned<xmlDoc> strictlyParsed(std::string_view xml) {
+  const std::unique_ptr<xmlParserCtxt, ReleaseParser> parser(xmlNewParserCtxt());
+  if (!parser) throw std::bad_alloc();
+  bool hasDocumentType = false;
+  parser->_private = &hasDocumentType;
+  parser->sax->internalSubset = &stopAtDocumentType;
+  // Without XML_PARSE_NOENT and XML_PARSE_RECOVER.
+  constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+  Owned<xmlDoc> document(xmlCtxtReadMemory(parser.get(), xml.data(), static_cast<int>(xml.size()),
+                                           "", nullptr, kOptions));
+  require(!hasDocumentType, Reason::documentType, "the message has a document type declaration");
+  require(document && xmlDocGetRootElement(document.get()) != nullptr, Reason::notXml,
+          "the message is not well-formed XML");
+  return document;
+}
+
 }  // namespace
-
-QuietLibxml::QuietLibxml()
-    : structured_(xmlStructuredError),
-      structuredContext_(xmlStructuredErrorContext),
-      generic_(xmlGenericError),
-      genericContext_(xmlGenericErrorContext) {
-  xmlSetStructuredErrorFunc(nullptr, &ignore);
-  xmlSetGenericErrorFunc(nullptr, &ignoreText);
-}
-
-QuietLibxml::~QuietLibxml() {
-  xmlSetStructuredErrorFunc(structuredContext_, structured_);
-  xmlSetGenericErrorFunc(genericContext_, generic_);
-}
 
 std::string textOf(const xmlChar* text) {
   return text != nullptr ? reinterpret_cast<const char*>(text) : std::string();
@@ -96,20 +87,10 @@ Owned<xmlDoc> parsed(std::string_view xml, std::size_t mostBytes) {
   requireLength(xml, mostBytes);
   require(isWithinBounds(xml), Reason::notXml,
           "the message is not XML, or would take too much time or memory");
-  const std::unique_ptr<xmlParserCtxt, ReleaseParser> parser(xmlNewParserCtxt());
-  if (!parser) throw std::bad_alloc();
-  bool hasDocumentType = false;
-  parser->_private = &hasDocumentType;
-  parser->sax->internalSubset = &stopAtDocumentType;
-  // Without XML_PARSE_NOENT and XML_PARSE_RECOVER.
-  constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
-  Owned<xmlDoc> document(xmlCtxtReadMemory(parser.get(), xml.data(), static_cast<int>(xml.size()),
-                                           "", nullptr, kOptions));
-  require(!hasDocumentType, Reason::documentType, "the message has a document type declaration");
-  require(document && xmlDocGetRootElement(document.get()) != nullptr, Reason::notXml,
-          "the message is not well-formed XML");
-  return document;
+  return strictlyParsed(xml);
 }
+
+Owned<xmlDoc> reparsed(const std::string& xml) { return strictlyParsed(xml); }
 
 std::string written(xmlDoc* document) {
   xmlChar* dumped = nullptr;

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include <libxml/tree.h>
-#include <libxml/xmlerror.h>
 
+#include "kestrelink/signin/QuietLibxml.h"
 #include "kestrelink/signin/Refusal.h"
 
 namespace kestrelink::signin {
@@ -52,20 +52,9 @@ xmlNode* firstChild(const xmlNode* parent, const char* space, const char* name);
 /// time or memory (bounds of the first library).
 Owned<xmlDoc> parsed(std::string_view xml, std::size_t mostBytes);
 
-/// While it lives, libxml2 reports this thread's errors nowhere: they quote unverified messages.
-class QuietLibxml {
- public:
-  QuietLibxml();
-  ~QuietLibxml();
-  QuietLibxml(const QuietLibxml&) = delete;
-  QuietLibxml& operator=(const QuietLibxml&) = delete;
-
- private:
-  xmlStructuredErrorFunc structured_;
-  void* structuredContext_;
-  xmlGenericErrorFunc generic_;
-  void* genericContext_;
-};
+/// A document that this library wrote, or a provider signed: parsed as strictly, without bounds,
+/// which hold for what came in.
+Owned<xmlDoc> reparsed(const std::string& xml);
 
 /// The whole document as XML text in UTF-8.
 std::string written(xmlDoc* document);
