@@ -13,6 +13,10 @@ struct Policy {
   /// wealthy attacker; some providers still use it unless they are configured otherwise.
   bool acceptSha1 = false;
 
+  /// The shortest RSA key of a provider, in bits, that is believed. Keys of 1024 bits are within
+  /// reach of a wealthy attacker.
+  int leastRsaBits = 2048;
+
   /// How long a session lasts when the provider states no end ("SessionNotOnOrAfter"), from the
   /// moment that its response is accepted. `std::nullopt`: such a response is refused, for the
   /// subscriber would stay signed in for ever.
