@@ -3,20 +3,13 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include <libxml/tree.h>
 
 #include "kestrelink/signin/Bindings.h"
-#include "kestrelink/signin/Policy.h"
+#include "kestrelink/signin/Keys.h"
 
 namespace kestrelink::signin {
-
-/// Whose signatures are believed, and which.
-struct Signer {
-  const std::vector<std::string>& certificates;  // PEM; any of them
-  bool acceptSha1;
-};
 
 /// The bytes whose digest a key of the signer signed: the canonical form of the element around the
 /// signature, without the signature and without comments. Refused when the signature is not of the
