@@ -1,4 +1,5 @@
-// Decrypts what a provider encrypted for the client.
+// Decrypts what a provider encrypted for the client (SAML 2.0 core, sections 2.3.4, 2.2.4 and
+// 2.7.3.2).
 #pragma once
 
 #include <string>
@@ -8,11 +9,24 @@
 
 namespace kestrelink::signin {
 
-/// Replaces each "EncryptedAssertion", "EncryptedID" and "EncryptedAttribute" below the element by
-/// what it holds (SAML 2.0 core, sections 2.3.4, 2.2.4 and 2.7.3.2). True when there were any.
+/// What the client decrypts with, and how long what it decrypts may be.
+struct Decryptor {
+  const std::vector<std::string>& keysPem;
+  std::size_t mostBytes;
+};
+
+/// The reason of every failure: who changed the text must not learn what it decrypts to.
+[[noreturn]] void refuseEncrypted();
+
+/// Replaces each "EncryptedAssertion" directly in the response by its assertion. What is encrypted
+/// in that stays, for a signature inside may cover it.
 ///
-/// Refused: `algorithm` by name for one that is not accepted; everything else with `notDecrypted`
-/// and the same words, so that nobody learns from the answer what a changed text decrypts to.
-bool decrypt(xmlNode* element, const std::vector<std::string>& keysPem, std::size_t mostBytes);
+/// Refused: `algorithm` by name for one that is not accepted, `notConfigured` without a key;
+/// everything else with `refuseEncrypted`.
+void decryptAssertions(xmlNode* response, const Decryptor& decryptor);
+
+/// Replaces each "EncryptedAssertion", "EncryptedID" and "EncryptedAttribute" below the element by
+/// what it holds. Refused as above.
+void decryptBelow(xmlNode* element, const Decryptor& decryptor);
 
 }  // namespace kestrelink::signin
