@@ -4,7 +4,7 @@ namespace kestrelink::signin {
 
 void requireLength(std::string_view text, std::size_t most) {
   if (text.size() <= most) return;
-  refuse(Reason::tooLong, "the message has " + std::to_string(text.size()) +
+  refuse(Reason::tooLong, "the text has " + std::to_string(text.size()) +
                               " bytes, and at most " + std::to_string(most) + " are read");
 }
 

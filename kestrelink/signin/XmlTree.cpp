@@ -37,9 +37,9 @@ Owned<xmlDoc> strictlyParsed(std::string_view xml) {
   constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
   Owned<xmlDoc> document(xmlCtxtReadMemory(parser.get(), xml.data(), static_cast<int>(xml.size()),
                                            "", nullptr, kOptions));
-  require(!hasDocumentType, Reason::documentType, "the message has a document type declaration");
+  require(!hasDocumentType, Reason::documentType, "the text has a document type declaration");
   require(document && xmlDocGetRootElement(document.get()) != nullptr, Reason::notXml,
-          "the message is not well-formed XML");
+          "the text is not well-formed XML");
   return document;
 }
 
@@ -86,7 +86,7 @@ xmlNode* firstChild(const xmlNode* parent, const char* space, const char* name) 
 Owned<xmlDoc> parsed(std::string_view xml, std::size_t mostBytes) {
   requireLength(xml, mostBytes);
   require(isWithinBounds(xml), Reason::notXml,
-          "the message is not XML, or would take too much time or memory");
+          "the text is not XML, or would take too much time or memory");
   return strictlyParsed(xml);
 }
 
