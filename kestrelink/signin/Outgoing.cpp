@@ -15,14 +15,9 @@ void requireRelayState(std::string_view relayState) {
           "the relay state has more than 80 bytes (SAML 2.0 bindings, section 3.4.3)");
 }
 
-// A browser runs the script in a "javascript:" URL, and a line feed ends a header of HTTP.
 void requireUrl(const std::string& endpoint) {
-  const bool isHttp = endpoint.starts_with("https://") || endpoint.starts_with("http://");
-  const bool isOneWord = std::all_of(endpoint.begin(), endpoint.end(),
-                                     [](unsigned char each) { return each > ' ' && each != 0x7F; });
-  if (!isHttp || !isOneWord) {
-    refuse(Reason::notConfigured, "the endpoint is no http or https URL: " + quoted(endpoint));
-  }
+  if (isWebUrl(endpoint)) return;
+  refuse(Reason::notConfigured, "the endpoint is no http or https URL: " + quoted(endpoint));
 }
 
 std::string escapedForHtml(std::string_view text) {
@@ -47,6 +42,13 @@ std::string_view withoutDeclaration(std::string_view xml) {
 }
 
 }  // namespace
+
+// A browser runs the script in a "javascript:" URL, and a line feed ends a header of HTTP.
+bool isWebUrl(std::string_view url) {
+  const auto isPart = [](unsigned char each) { return each > ' ' && each != 0x7F; };
+  return (url.starts_with("https://") || url.starts_with("http://")) &&
+         std::all_of(url.begin(), url.end(), isPart);
+}
 
 std::string redirectUrl(const std::string& endpoint, std::string_view request,
                         std::string_view relayState, const std::string& keyPem) {

@@ -6,7 +6,10 @@
 
 namespace kestrelink::signin {
 
-/// Refused with `notConfigured`: an endpoint that is no http or https URL, a relay state of more
+/// Whether it is an http or https URL, without blanks and control characters.
+bool isWebUrl(std::string_view url);
+
+/// Refused with `notConfigured`: an endpoint that is no `isWebUrl`, a relay state of more
 /// than 80 bytes (section 3.4.3).
 
 /// The endpoint's URL with the deflated request in its query. Signed there when there is a key

@@ -7,6 +7,7 @@
 
 #include "kestrelink/saml/elements/SAMLDate.h"
 #include "kestrelink/signin/Export.h"
+#include "kestrelink/signin/Policy.h"
 
 namespace kestrelink::signin {
 
@@ -26,7 +27,7 @@ struct Endpoint {
 struct Provider {
   /// The issuer that its messages must name.
   std::string entityId;
-  /// Where it takes requests, in the provider's order of preference. Only bindings of `Binding`.
+  /// Where it takes requests, in its order of preference.
   std::vector<Endpoint> signOn = {};
   std::vector<Endpoint> logout = {};
   std::vector<Endpoint> attributes = {};
@@ -40,17 +41,21 @@ struct Provider {
   std::optional<SAMLDate> validUntil = {};
 };
 
-/// Reads an identity provider from SAML 2.0 metadata: from an "EntityDescriptor", or the one with
-/// that entity ID in an "EntitiesDescriptor". A key whose use is not stated signs too. The earliest
-/// "validUntil" around it holds.
+/// Reads an identity provider from SAML 2.0 metadata of at most 16 MB: from an "EntityDescriptor",
+/// or the one with that entity ID in an "EntitiesDescriptor". An empty entity ID stands for the
+/// only one that there is. Endpoints are taken that browsers (sign-in, logout) or SOAP (logout,
+/// queries) use over http or https; certificates, of all its SAML 2.0 roles. A key whose use is not
+/// stated signs too. The earliest "validUntil" in and around the descriptor holds; "cacheDuration"
+/// is the client's to mind.
 ///
 /// With a `certificate` (PEM) the metadata must be signed by its key, around the descriptor that is
-/// read. Without it nothing is verified: take metadata only from where the client trusts it.
+/// read. Without it nothing is verified: take metadata only from where the client trusts it. Of the
+/// policy, `clock`, `acceptSha1` and `leastRsaBits` count.
 ///
 /// `std::nullopt` with the reason, an English sentence, when the text is not such metadata, has
 /// expired, has no such provider, or is not signed as asked. No file and no URL is read.
 KESTRELINK_SIGNIN_EXPORT std::optional<Provider> providerFromMetadata(
     std::string_view metadata, std::string_view entityId, std::string& reason,
-    std::string_view certificate = {});
+    std::string_view certificate = {}, const Policy& policy = {});
 
 }  // namespace kestrelink::signin
