@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "kestrelink/signin/Export.h"
+#include "kestrelink/signin/Policy.h"
 
 namespace kestrelink::signin {
 
@@ -35,7 +36,9 @@ struct Client {
 };
 
 /// The client's own metadata (SAML 2.0 metadata, sections 2.3.2 and 2.4.4) as XML text, valid
-/// against the metadata schema: to be given to providers. `WantAssertionsSigned` is true.
-KESTRELINK_SIGNIN_EXPORT std::string metadataOf(const Client& client);
+/// against the metadata schema: to be given to providers. It wants assertions signed, and says that
+/// requests are signed when the policy signs them all. A certificate that cannot be read is left
+/// out. Empty when a text has a character that XML has not, or is not UTF-8.
+KESTRELINK_SIGNIN_EXPORT std::string metadataOf(const Client& client, const Policy& policy = {});
 
 }  // namespace kestrelink::signin
