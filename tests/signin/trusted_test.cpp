@@ -1,5 +1,5 @@
-// Runs the rows of cases.txt: keys, certificates and messages are made here, and every attack
-// starts from what the provider signed.
+// Runs the rows of cases/trusted.txt: keys, certificates and messages are made here, and every
+// attack starts from what the provider signed.
 
 #include <openssl/pem.h>
 #include <openssl/rand.h>
@@ -62,7 +62,7 @@ const std::map<std::string, Pair>& pairs() {
 using Pieces = std::map<std::string, std::string, std::less<>>;
 
 std::string fileText(const std::string& name) {
-  std::ifstream file(std::string(FOLDER "/") + name);
+  std::ifstream file(std::string(SOURCE_DIR "/tests/signin/") + name);
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
@@ -190,8 +190,8 @@ std::string signedIfBlank(const std::string& text, const Pair& pair) {
 
 // What stands for itself.
 Pieces firstPieces() {
-  Pieces pieces = {{"unsigned", fileText("response.xml")},
-                   {"signature", fileText("signature.xml")},
+  Pieces pieces = {{"unsigned", fileText("messages/response.xml")},
+                   {"signature", fileText("messages/signature.xml")},
                    {"thousand", std::string(1001, 'x')},
                    {"quarter megabyte", std::string(256 * 1024, '\n')}};
   for (int each = 0; each < 100; ++each) {
@@ -312,7 +312,7 @@ std::string outcome(const std::string& text, const Settings& settings) {
 TEST(Trusted, Cases) {
   startXmlsec();
   Pieces pieces = firstPieces();
-  for (const std::string& line : split(fileText("cases.txt"), "\n")) {
+  for (const std::string& line : split(fileText("cases/trusted.txt"), "\n")) {
     if (line.empty() || line.starts_with('#')) continue;
     const auto row = split(line, " | ");
     if (row.size() == 3) {
