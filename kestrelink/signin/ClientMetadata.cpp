@@ -83,7 +83,7 @@ std::string metadataOf(const Client& client, const Policy& policy) {
   xmlSetNs(entity, made(xmlNewNs(entity, xmlText(kMetadata), nullptr)));
   set(entity, "entityID", client.entityId);
   addRole(entity, client, policy);
-  const std::string text = written(document.get());
+  std::string text = written(document.get());
   try {
     reparsed(text);
     return text;
