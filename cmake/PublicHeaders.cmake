@@ -3,6 +3,7 @@
 set(KESTRELINK_PUBLIC_HEADERS
   kestrelink/platform/Export.h
   kestrelink/platform/SharedBytes.h
+  kestrelink/saml/Describe.h
   kestrelink/saml/KestrelinkSAML.h
   kestrelink/saml/SAMLConstants.h
   kestrelink/saml/SAMLParserController.h
