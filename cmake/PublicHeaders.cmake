@@ -3,6 +3,7 @@
 set(KESTRELINK_PUBLIC_HEADERS
   kestrelink/platform/Export.h
   kestrelink/platform/SharedBytes.h
+  kestrelink/saml/Describe.h
   kestrelink/saml/KestrelinkSAML.h
   kestrelink/saml/SAMLConstants.h
   kestrelink/saml/SAMLParserController.h
@@ -29,9 +30,12 @@ set(KESTRELINK_PUBLIC_HEADERS
   kestrelink/saml/messages/SAMLLogoutRequest.h
   kestrelink/saml/messages/SAMLResponse.h
   kestrelink/standard/ElementCopy.h
+  kestrelink/standard/Elements.h
   kestrelink/standard/MakeElement.h
+  kestrelink/standard/Requests.h
   kestrelink/standard/StandardForms.h
   kestrelink/standard/StandardReading.h
+  kestrelink/standard/XPath.h
   kestrelink/xml/ErrorInfo.h
   kestrelink/xml/libxml/LibxmlHandles.h
   kestrelink/xml/NamespaceMap.h

@@ -8,6 +8,7 @@
 #error "kestrelink-saml needs C++20: compile with -std=c++20"
 #else
 
+#include "kestrelink/saml/Describe.h"               // IWYU pragma: export
 #include "kestrelink/saml/SAMLConstants.h"          // IWYU pragma: export
 #include "kestrelink/saml/SAMLParserController.h"   // IWYU pragma: export
 #include "kestrelink/saml/elements/SAMLEvidence.h"  // IWYU pragma: export

@@ -1,7 +1,10 @@
 #include "kestrelink/saml/SAMLParserController.h"
 
+#include <atomic>
+#include <string>
 #include <utility>
 
+#include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/platform/NoDestructor.h"
 #include "kestrelink/platform/ResourceBundle.h"
 #include "kestrelink/platform/Text.h"
@@ -12,10 +15,21 @@
 namespace kestrelink {
 namespace {
 
+// Written once in a process: a client may make many controllers.
+void logMissingSchema(const std::string& reason) {
+  static std::atomic_flag isLogged;
+  const std::string line = "Messages are read without validation: " + reason;
+  if (!isLogged.test_and_set()) logDiagnostic(line);
+}
+
 SharedBytes readProtocolSchema() {
   const ResourceBundle* const bundle = ResourceBundle::ofLibrary();
-  auto bytes = bundle ? bundle->bytes("saml-schema-protocol-2.0", "xsd") : std::nullopt;
-  return bytes ? std::make_shared<const std::string>(std::move(*bytes)) : nullptr;
+  if (bundle == nullptr) return nullptr;
+  std::string reason;
+  auto bytes = bundle->bytes("saml-schema-protocol-2.0", "xsd", &reason);
+  if (bytes) return std::make_shared<const std::string>(std::move(*bytes));
+  logMissingSchema(reason);
+  return nullptr;
 }
 
 }  // namespace

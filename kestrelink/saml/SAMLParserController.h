@@ -22,8 +22,9 @@ namespace kestrelink {
 ///     auto request = SAMLParserController::sharedInstance().newAuthNRequest("https://tv.example");
 ///
 /// It holds the SAML 2.0 protocol schema and validates every response against it. When the schema
-/// is missing from the library's resource bundle, responses are read without validation and no
-/// error is reported. `schema()` then returns null.
+/// is missing from the library's resource bundle or cannot be read, responses are read without
+/// validation and no error is reported. `schema()` then returns null, and the diagnostic log has
+/// the reason, once in a process.
 ///
 /// Threads: every operation except `setSchemaData` may be called from several threads at once.
 class KESTRELINK_EXPORT SAMLParserController {
@@ -31,7 +32,8 @@ class KESTRELINK_EXPORT SAMLParserController {
   /// The shared controller, created on first use.
   static SAMLParserController& sharedInstance();
 
-  /// Reads the schema from the resource bundle.
+  /// Reads the schema from the resource bundle. Throws `std::bad_alloc` also when it cannot be read
+  /// at this moment, such as when no file descriptor is left: then try again.
   SAMLParserController();
   ~SAMLParserController();
   SAMLParserController(const SAMLParserController&) = delete;

@@ -24,8 +24,11 @@
 #include <vector>
 
 #include "kestrelink/standard/ElementCopy.h"
+#include "kestrelink/standard/Elements.h"
 #include "kestrelink/standard/MakeElement.h"
+#include "kestrelink/standard/Requests.h"  // IWYU pragma: export
 #include "kestrelink/standard/StandardReading.h"
+#include "kestrelink/standard/XPath.h"  // IWYU pragma: export
 
 namespace kestrelink::standard {
 
@@ -93,37 +96,10 @@ inline void setAssertionConsumerService(const SAMLAuthNRequest& request, std::st
   request.requestElement()->setAttributeWithName("ProtocolBinding", binding);
 }
 
-/// Copies the subject's name identifier, with all its attributes, into the logout request and
-/// replaces any that is there. The copy is named "NameId", so that it is written with and without
-/// `toStandardForm`. False when the subject has none, or the document no root element of its class.
-inline bool setNameIdFrom(const SAMLLogoutRequest& request, const SAMLSubject& subject) {
-  const auto identifier = nameIdOf(subject);
-  const auto& element = request.requestElement();
-  if (!identifier || !element) return false;
-  auto copy = copyOf(*identifier);
-  copy->setTagName("NameId");
-  for (const char* name : {"NameId", "NameID"}) {
-    for (const auto& old : element->getElementsByTagName(name)) element->removeChildElement(old);
-  }
-  element->addChildElement(copy);
-  return true;
-}
-
 namespace detail {
 
 inline constexpr std::array<std::string_view, 3> kNameIdentifiers = {"BaseID", "NameID",
                                                                      "EncryptedID"};
-
-inline bool isNCName(std::string_view text) {
-  const auto isNameCharacter = [](char character) {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-           (character >= '0' && character <= '9') || character == '_' || character == '-' ||
-           character == '.' || (character & 0x80) != 0;
-  };
-  constexpr std::string_view kNeverFirst = "0123456789-.";
-  return !text.empty() && kNeverFirst.find(text.front()) == std::string_view::npos &&
-         std::all_of(text.begin(), text.end(), isNameCharacter);
-}
 
 inline void keepLast(XMLWrapperElement& parent, std::string_view tagName) {
   XMLWrapperElement::List all = parent.getElementsByTagName(tagName);
@@ -193,8 +169,8 @@ inline void mendScoping(XMLWrapperElement& scoping) {
 
 inline StandardForm mendIdentifier(XMLWrapperElement& request) {
   const std::string identifier = attributeText(request, "ID").value_or("");
-  if (isNCName(identifier)) return StandardForm::made;
-  if (identifier.empty() || !isNCName("_" + identifier)) return StandardForm::badIdentifier;
+  if (isXmlName(identifier)) return StandardForm::made;
+  if (identifier.empty() || !isXmlName("_" + identifier)) return StandardForm::badIdentifier;
   request.setAttributeWithName("ID", "_" + identifier);
   return StandardForm::made;
 }

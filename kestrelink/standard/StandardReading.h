@@ -1,7 +1,7 @@
 // Reads what the library's own look-ups do not find because they use other names than the standard,
 // or have none. Nothing here checks or verifies anything.
 //
-//     const auto identifier = nameIdOf(*response->subject());
+//     if (isSignedIn(*response)) welcome(subscriberOf(*response));
 //     if (encryptedAssertions(*response) > 0) explain("the provider encrypts its assertions");
 #pragma once
 
@@ -29,6 +29,30 @@ inline std::optional<std::string> attributeText(const XMLWrapperElement& element
 inline std::shared_ptr<XMLWrapperElement> nameIdOf(const SAMLSubject& subject) {
   auto identifier = subject.firstElementByTagName("NameID");
   return identifier ? identifier : subject.firstElementByTagName("NameId");
+}
+
+/// The same of the response's `subject()`; null when there is none.
+[[nodiscard]] inline std::shared_ptr<XMLWrapperElement> nameIdOf(const SAMLResponse& response) {
+  const auto subject = response.subject();
+  return subject ? nameIdOf(*subject) : nullptr;
+}
+
+/// Whether an accepted response signs a subscriber in: its status is success and its authentication
+/// is valid. Audience, recipient and `inResponseTo` remain to be compared.
+[[nodiscard]] inline bool isSignedIn(const SAMLResponse& response) {
+  return response.expectedAction() == SAMLExpectedActionProceed &&
+         response.hasValidAuthentication();
+}
+
+/// Who the subscriber is: `userName()`, or else the first value of the attribute
+/// `SAMLAttributePropertyNameUserID`, or else the text of `nameIdOf`. Empty texts are passed over;
+/// `std::nullopt` when nothing is left.
+[[nodiscard]] inline std::optional<std::string> subscriberOf(const SAMLResponse& response) {
+  if (auto name = response.userName(); name && !name->empty()) return name;
+  const auto values = response.attributeValuesForName(SAMLAttributePropertyNameUserID);
+  if (values && !values->empty() && !values->front().empty()) return values->front();
+  const auto identifier = nameIdOf(response);
+  return identifier ? identifier->textContent() : std::nullopt;
 }
 
 /// An authorisation decision statement (SAML 2.0 core, section 2.7.4).

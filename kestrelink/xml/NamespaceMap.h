@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,11 +15,17 @@ namespace kestrelink {
 class NamespaceMap {
  public:
   using Entry = std::shared_ptr<const XMLWrapperNamespace>;
+  using Iterator = std::vector<Entry>::const_reverse_iterator;
+
   std::size_t size() const { return size_; }
   bool empty() const { return size_ == 0; }
 
   /// The entry at a position of the order.
   const Entry& at(std::size_t position) const { return (*list_)[size_ - 1 - position]; }
+
+  /// The entries in their order; valid until the map is changed.
+  Iterator begin() const { return list_ ? Iterator(list_->cbegin() + length()) : Iterator(); }
+  Iterator end() const { return list_ ? Iterator(list_->cbegin()) : Iterator(); }
 
   /// The namespace of that prefix (`std::nullopt`: the default namespace), or null.
   Entry find(const std::optional<std::string>& prefix) const {
@@ -55,9 +62,11 @@ class NamespaceMap {
   // each list and store only a length, however many declarations there are.
   using ReversedList = std::vector<Entry>;
 
+  std::ptrdiff_t length() const { return static_cast<std::ptrdiff_t>(size_); }
+
   std::shared_ptr<ReversedList> copy() const {
     auto list = std::make_shared<ReversedList>();
-    if (list_) list->assign(list_->begin(), list_->begin() + static_cast<std::ptrdiff_t>(size_));
+    if (list_) list->assign(list_->begin(), list_->begin() + length());
     return list;
   }
 

@@ -3,11 +3,8 @@
 #include <algorithm>
 #include <string_view>
 #include <unordered_set>
-#include <vector>
 
 #include <libxml/tree.h>
-
-#include "kestrelink/xml/XMLWrapperQuery.h"
 
 namespace kestrelink {
 
@@ -40,7 +37,7 @@ NamespaceMap::Entry NamespaceRecords::namespaceOf(const xmlNs* record) {
   return record == nullptr ? nullptr : read(record).withAllAfter.at(0);
 }
 
-void NamespaceRecords::registerWith(XMLWrapperQuery& query) const {
+std::vector<const XMLWrapperNamespace*> NamespaceRecords::latestBindings() const {
   std::vector<const Record*> latestFirst;
   for (const auto& [node, record] : records_) {
     if (record.lastRecordedAt > 0) latestFirst.push_back(&record);
@@ -51,14 +48,16 @@ void NamespaceRecords::registerWith(XMLWrapperQuery& query) const {
 
   std::unordered_set<const XMLWrapperNamespace*> seen;
   std::unordered_set<std::string_view> bound;
+  std::vector<const XMLWrapperNamespace*> bindings;
   for (const Record* const record : latestFirst) {
     const NamespaceMap& recorded = record->withAllAfter;
     for (std::size_t position = 0; position < recorded.size(); ++position) {
       const XMLWrapperNamespace& ns = *recorded.at(position);
       if (!seen.insert(&ns).second) break;  // all after it were seen too
-      if (ns.prefix() && bound.insert(*ns.prefix()).second) query.registerNamespace(ns);
+      if (ns.prefix() && bound.insert(*ns.prefix()).second) bindings.push_back(&ns);
     }
   }
+  return bindings;
 }
 
 }  // namespace kestrelink

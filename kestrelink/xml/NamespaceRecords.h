@@ -3,14 +3,13 @@
 #include <cstdint>
 #include <memory_resource>
 #include <unordered_map>
+#include <vector>
 
 #include "kestrelink/xml/NamespaceMap.h"
 
 struct _xmlNs;
 
 namespace kestrelink {
-
-class XMLWrapperQuery;
 
 /// The namespace records of one parse tree while it is read. Each is read once, however many
 /// elements and attributes refer to it.
@@ -25,9 +24,9 @@ class NamespaceRecords {
   /// The namespace of an attribute; null for null.
   NamespaceMap::Entry namespaceOf(const _xmlNs* record);
 
-  /// Registers what the elements recorded. Of two bindings of a prefix the one read last is
-  /// registered, as if each element had registered its own.
-  void registerWith(XMLWrapperQuery& query) const;
+  /// The bindings of prefixes that elements recorded: of two bindings of a prefix the one that was
+  /// read last. They live as long as this object.
+  std::vector<const XMLWrapperNamespace*> latestBindings() const;
 
  private:
   struct Record {

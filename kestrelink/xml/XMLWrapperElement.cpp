@@ -14,6 +14,7 @@
 #include "kestrelink/xml/XMLTreeReading.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 #include "kestrelink/xml/XMLWrapperQuery.h"
+#include "kestrelink/xml/XPathPrefixes.h"
 #include "kestrelink/xml/libxml/DetachedNode.h"
 #include "kestrelink/xml/libxml/LibxmlDump.h"
 #include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
@@ -113,7 +114,7 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithNode(
     const std::shared_ptr<XMLWrapperQuery>& query) {
   const auto reading = std::make_shared<XMLTreeReading>(node.doc, query);
   std::shared_ptr<XMLWrapperElement> element = reading->read(asClass, node.node);
-  if (query) reading->namespaces.registerWith(*query);
+  if (query) bindXPathPrefixes(reading->namespaces.latestBindings());
   return element;
 }
 

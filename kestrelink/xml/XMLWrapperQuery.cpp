@@ -1,76 +1,27 @@
 #include "kestrelink/xml/XMLWrapperQuery.h"
 
-#include <map>
-#include <mutex>
 #include <string>
 
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
 
-#include "kestrelink/platform/NoDestructor.h"
 #include "kestrelink/xml/StoreError.h"
 #include "kestrelink/xml/XMLTreeReading.h"
 #include "kestrelink/xml/XMLWrapperElement.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
-#include "kestrelink/xml/XMLWrapperNamespace.h"
+#include "kestrelink/xml/XPathPrefixes.h"
 #include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
 #include "kestrelink/xml/libxml/LibxmlSetup.h"
 #include "kestrelink/xml/libxml/LibxmlText.h"
 
 namespace kestrelink {
-namespace {
 
-// The longest name at the end of the text, without trailing blanks.
-std::string_view nameBefore(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  constexpr std::string_view kDelimiters = " \t\r\n()[]@,|+=!<>*/$'\":";
-  text = text.substr(0, text.find_last_not_of(kBlanks) + 1);
-  return text.substr(text.find_last_of(kDelimiters) + 1);  // npos + 1 is 0
-}
-
-struct NamespaceTable {
-  using Bindings = std::map<std::string, std::optional<std::string>, std::less<>>;
-
-  void store(const std::string& prefix, const std::optional<std::string>& href) {
-    const std::lock_guard guard(lock);
-    bindings.insert_or_assign(prefix, href);
-  }
-
-  // Copies only the bindings that the expression can use: the table holds every prefix read so far.
-  Bindings copyFor(std::string_view xpath) {
-    const std::lock_guard guard(lock);
-    Bindings copy;
-    for (std::size_t colon = xpath.find(':'); colon != std::string_view::npos;
-         colon = xpath.find(':', colon + 1)) {
-      std::string_view name = nameBefore(xpath.substr(0, colon));
-      // In "5-p:n", "a div-p:n" and "orp:n" the prefix may be only the end of the name.
-      for (; !name.empty(); name.remove_prefix(1)) {
-        if (const auto found = bindings.find(name); found != bindings.end()) copy.insert(*found);
-      }
-    }
-    return copy;
-  }
-
-  std::mutex lock;
-  Bindings bindings;
-};
-
-NamespaceTable& namespaceTable() {
-  static auto& table = noDestructor<NamespaceTable>();
-  return table;
-}
-
-}  // namespace
-
-void XMLWrapperQuery::registerNamespace(const XMLWrapperNamespace& ns) {
-  const std::optional<std::string>& prefix = ns.prefix();
-  if (prefix && !prefix->empty()) namespaceTable().store(*prefix, ns.href());
-}
+void XMLWrapperQuery::registerNamespace(const XMLWrapperNamespace& ns) { bindXPathPrefixes({&ns}); }
 
 bool XMLWrapperQuery::registerXpathNamespacesForCtx(xmlXPathContext* context,
                                                     std::string_view xpath) const {
   bool allRegistered = true;
-  for (const auto& [prefix, href] : namespaceTable().copyFor(xpath)) {
+  for (const auto& [prefix, href] : xpathBindingsFor(xpath)) {
     if (xmlXPathRegisterNs(context, xmlTextOf(prefix), xmlTextOf(href)) != 0) allRegistered = false;
   }
   return allRegistered;
@@ -108,7 +59,7 @@ std::optional<XMLWrapperQuery::Results> XMLWrapperQuery::executeXpathQuery(
     if (node->type == XML_NAMESPACE_DECL) continue;
     elements.push_back(reading->read(*reading->nameOf(*node).elementClass, node));
   }
-  reading->namespaces.registerWith(*this);
+  bindXPathPrefixes(reading->namespaces.latestBindings());
   return elements;
 }
 

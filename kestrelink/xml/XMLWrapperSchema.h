@@ -6,9 +6,6 @@
 #include "kestrelink/xml/ErrorInfo.h"
 #include "kestrelink/xml/libxml/LibxmlHandles.h"
 
-struct _xmlParserCtxt;
-struct _xmlParserInput;
-
 namespace kestrelink {
 
 /// A compiled XML Schema. Its imports come only from the library's resource bundle.
@@ -29,11 +26,6 @@ class XMLWrapperSchema {
  private:
   XmlSchemaOwner schemaPtr_;
 };
-
-/// libxml2's external entity loader while the library is in use. For any location it returns the
-/// resource of the bundle named by the last path component, or null. It reads nothing else.
-_xmlParserInput* XMLWExternalEntityLoader(const char* url, const char* publicIdentifier,
-                                          _xmlParserCtxt* context) noexcept;
 
 /// Stores `kXMLWrapperErrorNotValid` with the description.
 void storeSchemaError(ErrorOut error, std::string_view description);

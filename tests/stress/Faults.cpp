@@ -15,11 +15,15 @@ namespace stress {
 namespace {
 
 Counts seen, failing, inUse;
-bool windowOpen = false;
+bool windowOpen = false, isLasting = false, isExhausted = false;
 Place* placeOfFault = nullptr;
 
 // Functions that libxml2 does not export have no name here.
 void notePlace(Through way) {
+  if (way == throughOperatorNew) {  // loads nothing, unlike ::backtrace
+    std::strcpy(placeOfFault->data(), "operator new");
+    return;
+  }
   std::array<void*, 64> frames{};
   const int depth = ::backtrace(frames.data(), static_cast<int>(frames.size()));
   const char* inner = nullptr;
@@ -31,16 +35,17 @@ void notePlace(Through way) {
     outer = found.dli_sname;
     if (inner == nullptr) inner = outer;
   }
-  const bool isNew = way == throughOperatorNew;
-  std::snprintf(placeOfFault->data(), placeOfFault->size(), isNew ? "operator new" : "%s > %s",
-                outer, inner == nullptr ? "?" : inner);
+  std::snprintf(placeOfFault->data(), placeOfFault->size(), "%s > %s", outer,
+                inner == nullptr ? "?" : inner);
 }
 
 bool fails(Through way) {
-  if (!windowOpen || ++seen[way] != failing[way]) return false;
+  if (!windowOpen || isExhausted) return isExhausted;
+  if (++seen[way] != failing[way]) return false;
   windowOpen = false;  // what is allocated here does not count
   notePlace(way);
   windowOpen = true;
+  isExhausted = isLasting;
   return true;
 }
 
@@ -68,13 +73,12 @@ void libxmlFree(void* block) { release(throughLibxml2, block); }
 }  // namespace
 
 void installHooks() {
-  std::array<void*, 1> frame{};
-  ::backtrace(frame.data(), 1);  // what it needs is loaded here, not in a window
   xmlMemSetup(&libxmlFree, &libxmlMalloc, &libxmlRealloc, &libxmlStrdup);
 }
 
-void planFault(Through way, long nth, Place* place) {
+void planFault(Through way, long nth, Place* place, bool lasting) {
   seen = failing = {};
+  isLasting = lasting;
   failing[way] = nth;
   placeOfFault = place;
 }
@@ -87,12 +91,20 @@ Counts blocksInUse() {
 }
 
 FaultWindow::FaultWindow() { windowOpen = true; }
-FaultWindow::~FaultWindow() { windowOpen = false; }
+FaultWindow::~FaultWindow() { windowOpen = isExhausted = false; }
 
 }  // namespace stress
 
 // libxml2 seeds its hash tables with it: the same run must make the same allocations.
 extern "C" int rand_r(unsigned* /*seed*/) { return 4; }
+
+#ifndef SANITIZED
+// What the C library allocates itself, such as to load a library.
+extern "C" void* __libc_malloc(std::size_t size);
+extern "C" void* malloc(std::size_t size) noexcept {
+  return stress::isExhausted ? nullptr : __libc_malloc(size);
+}
+#endif
 
 // All of them: a sanitizer would otherwise bring its own of those that are left out.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {

@@ -16,9 +16,10 @@ using Place = std::array<char, 96>;
 /// Puts libxml2's memory functions into ours. Before anything else uses libxml2.
 void installHooks();
 
-/// Lets the n-th allocation made inside fault windows from now on fail, and none for 0. `place`
-/// receives where; it may be in memory that outlives this process.
-void planFault(Through way, long nth, Place* place);
+/// Lets the n-th allocation made inside fault windows from now on fail, and none for 0; when the
+/// fault is lasting, also everything after it, in the C library too, until the window closes.
+/// `place` receives where; it may be in memory that outlives this process.
+void planFault(Through way, long nth, Place* place, bool lasting = false);
 
 /// Allocations made inside fault windows since the latest plan.
 Counts allocationsSeen();

@@ -156,6 +156,17 @@ const std::vector<Operation> operations = {
     {"write-element", 1, {kNotWritten}, &writeElement},
 };
 
+// What fails
+
+struct Fault {
+  const char* name;
+  Through way;
+  bool lasting;
+};
+constexpr Fault faults[] = {{"libxml2", throughLibxml2, false},
+                            {"operator new", throughOperatorNew, false},
+                            {"new and all", throughOperatorNew, true}};
+
 // What comes of it
 
 struct Outcome {
@@ -220,14 +231,14 @@ const char* verdictOf(const Operation& operation) try {
 
 // Also whether the next call is right, more blocks stay in use than without a failure, or anything
 // was written.
-void attempt(const Operation& operation, Through way, long nth, Outcome& outcome) {
+void attempt(const Operation& operation, const Fault& fault, long nth, Outcome& outcome) {
   const int output = ::memfd_create("output", 0);
   for (const int stream : {STDOUT_FILENO, STDERR_FILENO}) ::dup2(output, stream);
   ::alarm(30);
   const Counts before = blocksInUse();
-  planFault(way, nth, &outcome.place);
+  planFault(fault.way, nth, &outcome.place, fault.lasting);
   const char* verdict = verdictOf(operation);
-  planFault(way, 0, nullptr);
+  planFault(fault.way, 0, nullptr);
   if (isGood(verdict)) {
     if (!isExpected(operation.run())) verdict = "next wrong";
     const Counts gained = gainedSince(before);
@@ -238,16 +249,16 @@ void attempt(const Operation& operation, Through way, long nth, Outcome& outcome
 }
 
 // In a process that has used the library, or not: each failure of one way in a process of its own.
-void sweep(const Operation& operation, bool warm, Through way, long stride) {
+void sweep(const Operation& operation, bool warm, const Fault& fault, long stride) {
   for (int time = 0; warm && time < 2; ++time) static_cast<void>(operation.run());
   if (statusOf(inNewProcess([&] { learn(operation); })) != 0) ::_exit(1);
   const long workers = std::clamp(static_cast<long>(std::thread::hardware_concurrency()), 1L, 16L);
   for (long worker = 0; worker < workers; ++worker) {
     inNewProcess([&] {
-      for (long nth = 1 + worker * stride; nth <= shared.allocations[way];
+      for (long nth = 1 + worker * stride; nth <= shared.allocations[fault.way];
            nth += workers * stride) {
         Outcome& outcome = shared.outcomes[static_cast<std::size_t>(nth)] = {};
-        const int status = statusOf(inNewProcess([&] { attempt(operation, way, nth, outcome); }));
+        const int status = statusOf(inNewProcess([&] { attempt(operation, fault, nth, outcome); }));
         if (status != 0) std::strcpy(outcome.verdict.data(), status == SIGALRM ? "hang" : "crash");
       }
     });
@@ -304,13 +315,14 @@ int main(int count, char** words) {
   }
   for (const Operation& operation : operations) {
     if (!wanted.empty() && !wanted.contains(operation.name)) continue;
-    for (const int run : {0, 1, 2, 3}) {
-      const bool warm = run >= 2;
-      const Through way = run % 2 == 0 ? throughLibxml2 : throughOperatorNew;
+    for (const int run : {0, 1, 2, 3, 4, 5}) {
+      const bool warm = run >= 3;
+      const Fault& fault = faults[run % 3];
+      const Through way = fault.way;
       const long stride = isShort && way == throughLibxml2 ? operation.shortStride : 1;
-      good = statusOf(inNewProcess([&] { sweep(operation, warm, way, stride); })) == 0 && good;
-      std::printf("%-20s %s %-12s %6ld:", operation.name.data(), warm ? "warm" : "cold",
-                  way == throughLibxml2 ? "libxml2" : "operator new", shared.allocations[way]);
+      good = statusOf(inNewProcess([&] { sweep(operation, warm, fault, stride); })) == 0 && good;
+      std::printf("%-20s %s %-12s %6ld:", operation.name.data(), warm ? "warm" : "cold", fault.name,
+                  shared.allocations[way]);
       good = report(known, way, stride) && good;
       std::fflush(stdout);
     }

@@ -2,6 +2,7 @@
 #include <libxml/tree.h>
 
 #include "kestrelink/xml/XMLWrapperSchema.h"
+#include "kestrelink/xml/libxml/EntityLoader.h"
 
 #include "tests/support/LibxmlVersion.h"
 #include "tests/support/Support.h"

@@ -24,32 +24,13 @@ int number(std::string_view digits) {
   return value;
 }
 
-// Writes a number over the digits that end before `end`.
-void writeBefore(std::size_t end, std::string& text, unsigned value) {
-  for (; value > 0; value /= 10) text[--end] = static_cast<char>('0' + value % 10);
-}
-
-constexpr SAMLDate kFirst(std::chrono::sys_days(std::chrono::year(1) / 1 / 1));
-constexpr SAMLDate kEnd(std::chrono::sys_days(std::chrono::year(10000) / 1 / 1));
-
 }  // namespace
 
 std::optional<std::string> SAMLDateFormatter::stringFromDate(SAMLDate date) const {
-  if (date < kFirst || date >= kEnd) {
-    logDiagnostic("A date outside the years 0001 to 9999 cannot be written");
-    return std::nullopt;
-  }
-  const auto day = std::chrono::floor<std::chrono::days>(date.seconds());
-  const std::chrono::year_month_day calendar(day);
-  const std::chrono::hh_mm_ss time(date.seconds() - day);
-  std::string text = "0000-00-00T00:00:00Z";
-  writeBefore(4, text, static_cast<unsigned>(static_cast<int>(calendar.year())));
-  writeBefore(7, text, static_cast<unsigned>(calendar.month()));
-  writeBefore(10, text, static_cast<unsigned>(calendar.day()));
-  writeBefore(13, text, static_cast<unsigned>(time.hours().count()));
-  writeBefore(16, text, static_cast<unsigned>(time.minutes().count()));
-  writeBefore(19, text, static_cast<unsigned>(time.seconds().count()));
-  return text;
+  std::string text = textOf(date);
+  if (!text.empty()) return text;
+  logDiagnostic("A date outside the years 0001 to 9999 cannot be written");
+  return std::nullopt;
 }
 
 std::optional<SAMLDate> SAMLDateFormatter::dateFromString(std::string_view text) const {

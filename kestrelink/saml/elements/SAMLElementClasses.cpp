@@ -1,6 +1,5 @@
 #include "kestrelink/saml/elements/SAMLElementClasses.h"
 
-#include <mutex>
 #include <string_view>
 
 #include "kestrelink/saml/elements/SAMLAssertion.h"
@@ -57,15 +56,15 @@ constexpr Registration kRegistrations[] = {
     {kX509DataElementName, &SAMLX509Data::elementClass},
 };
 
+bool registerAll() {
+  for (const auto& [tagName, elementClass] : kRegistrations) {
+    XMLWrapperElementFactory::registerClass(elementClass, tagName);
+  }
+  return true;
+}
+
 }  // namespace
 
-void registerSAMLElementClasses() {
-  static std::once_flag once;
-  std::call_once(once, [] {
-    for (const auto& [tagName, elementClass] : kRegistrations) {
-      XMLWrapperElementFactory::registerClass(elementClass, tagName);
-    }
-  });
-}
+void registerSAMLElementClasses() { [[maybe_unused]] static const bool done = registerAll(); }
 
 }  // namespace kestrelink

@@ -1,6 +1,5 @@
 #include "kestrelink/xml/libxml/LibxmlSetup.h"
 
-#include <mutex>
 #include <new>
 
 #include <libxml/parser.h>
@@ -24,31 +23,34 @@ bool allSchemaTypesThere() {
   return true;
 }
 
+// If setup runs out of memory, the next call retries. libxml2 alone would treat it as done.
+
+bool initialiseParser() {
+  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
+  libxmlInitialise();
+  if (!route.outOfMemory()) return true;
+  libxmlForgetEncodings();
+  throw std::bad_alloc();
+}
+
+bool initialiseSchemaTypes() {
+  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
+  static_cast<void>(xmlSchemaInitTypes());
+  if (!route.outOfMemory() && allSchemaTypesThere()) return true;
+  libxmlForgetSchemaTypes();
+  throw std::bad_alloc();
+}
+
 }  // namespace
 
-// If setup ran out of memory, the next call retries. libxml2 alone would treat it as done.
+// Static locals, not std::call_once: out of memory, an exception that passes through the C
+// library ends the process.
 
-void ensureLibxmlParser() {
-  static std::once_flag once;
-  std::call_once(once, [] {
-    const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
-    libxmlInitialise();
-    if (!route.outOfMemory()) return;
-    libxmlForgetEncodings();
-    throw std::bad_alloc();
-  });
-}
+void ensureLibxmlParser() { [[maybe_unused]] static const bool done = initialiseParser(); }
 
 void ensureLibxmlSchemaTypes() {
   ensureLibxmlParser();
-  static std::once_flag once;
-  std::call_once(once, [] {
-    const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
-    static_cast<void>(xmlSchemaInitTypes());
-    if (!route.outOfMemory() && allSchemaTypesThere()) return;
-    libxmlForgetSchemaTypes();
-    throw std::bad_alloc();
-  });
+  [[maybe_unused]] static const bool done = initialiseSchemaTypes();
 }
 
 }  // namespace kestrelink
