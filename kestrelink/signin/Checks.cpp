@@ -40,12 +40,12 @@ void requireRequest(const std::string& inResponseTo, const Expected& expected) {
 void requireStarted(const std::optional<SAMLDate>& from, const std::string& where,
                     const Expected& expected) {
   if (!from || SAMLDate(from->seconds() - expected.policy.clockSkew) <= expected.now) return;
-  refuse(Reason::timeWindow, where + " does not hold before " + textOfDate(*from));
+  refuse(Reason::timeWindow, where + " does not hold before " + textOf(*from));
 }
 
 void requireNotEnded(SAMLDate until, const std::string& where, const Expected& expected) {
   if (SAMLDate(until.seconds() + expected.policy.clockSkew) > expected.now) return;
-  refuse(Reason::timeWindow, where + " ended at " + textOfDate(until));
+  refuse(Reason::timeWindow, where + " ended at " + textOf(until));
 }
 
 // The library reads an attribute by its local name. One that it does not read as a date is none to
@@ -150,7 +150,7 @@ void checkSession(const SAMLAuthNStatement& statement, const Expected& expected)
           "the authentication statement has no SessionNotOnOrAfter, and "
           "Policy::sessionWithoutEnd is not set");
   if (*until > expected.now) return;
-  refuse(Reason::sessionOver, "the session ended at " + textOfDate(*until));
+  refuse(Reason::sessionOver, "the session ended at " + textOf(*until));
 }
 
 void checkAssertion(const SAMLAssertion& assertion, const Expected& expected) {

@@ -1,7 +1,6 @@
 #include "kestrelink/signin/Dates.h"
 
 #include <chrono>
-#include <cstdio>
 #include <utility>
 
 namespace kestrelink::signin {
@@ -108,18 +107,6 @@ std::optional<SAMLDate> dateFromText(std::string_view text, Rounding rounding) {
   if (hasFraction && rounding == Rounding::up) instant += seconds(1);
   if (!hasYearOfFourDigits(instant)) return std::nullopt;
   return SAMLDate(instant);
-}
-
-std::string textOfDate(SAMLDate date) {
-  const auto days = std::chrono::floor<std::chrono::days>(date.seconds());
-  const std::chrono::year_month_day day(days);
-  const std::chrono::hh_mm_ss time(date.seconds() - days);
-  char text[32];
-  std::snprintf(text, sizeof text, "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(day.year()),
-                static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()),
-                static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                static_cast<int>(time.seconds().count()));
-  return text;
 }
 
 }  // namespace kestrelink::signin

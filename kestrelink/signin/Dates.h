@@ -2,7 +2,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "kestrelink/saml/elements/SAMLDate.h"
@@ -14,8 +13,5 @@ enum class Rounding { down, up };
 /// An xs:dateTime in whole seconds. A date without a time zone is in UTC (SAML 2.0 core, section
 /// 1.3.3). `std::nullopt` for what is no date, or outside the years 0001 to 9999.
 std::optional<SAMLDate> dateFromText(std::string_view text, Rounding rounding);
-
-/// As in 2026-01-15T20:15:02Z.
-std::string textOfDate(SAMLDate date);
 
 }  // namespace kestrelink::signin

@@ -11,7 +11,7 @@ void mendDate(xmlNode* element, const char* name, Rounding rounding) {
   const std::string text = attribute(element, name);
   const auto date = dateFromText(text, rounding);
   if (!date) refuse(Reason::malformedDate, std::string(name) + " " + quoted(text) + " is no date");
-  const std::string mended = textOfDate(*date);
+  const std::string mended = textOf(*date);
   if (mended != text) xmlSetNsProp(element, nullptr, xmlText(name), xmlText(mended));
 }
 
@@ -35,7 +35,7 @@ void mendStatement(xmlNode* statement, const Policy& policy, SAMLDate now) {
   mendDate(statement, "AuthnInstant", Rounding::down);
   mendDate(statement, kSessionEnd, Rounding::down);
   if (!policy.sessionWithoutEnd || hasAttribute(statement, kSessionEnd)) return;
-  const std::string end = textOfDate(now.seconds() + *policy.sessionWithoutEnd);
+  const std::string end = textOf(SAMLDate(now.seconds() + *policy.sessionWithoutEnd));
   xmlSetNsProp(statement, nullptr, xmlText(kSessionEnd), xmlText(end));
 }
 

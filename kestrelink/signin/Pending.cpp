@@ -53,7 +53,7 @@ std::string Pending::text() const {
   for (const std::string_view field : {kFormat, kKinds[static_cast<std::size_t>(kind)]}) {
     put(text, field);
   }
-  for (const std::string& field : {id, provider, issuer, subject, textOfDate(begun)}) {
+  for (const std::string& field : {id, provider, issuer, subject, textOf(begun)}) {
     put(text, field);
   }
   return text;

@@ -115,7 +115,7 @@ std::optional<Provider> providerFromMetadata(std::string_view metadata, std::str
     const Entity entity = entityIn(metadata, entityId, certificate.empty() ? nullptr : &signer);
     Provider provider = providerOf(entity.descriptor);
     if (!provider.validUntil || *provider.validUntil > policy.clock()) return provider;
-    refuse(Reason::providerExpired, "the metadata expired at " + textOfDate(*provider.validUntil));
+    refuse(Reason::providerExpired, "the metadata expired at " + textOf(*provider.validUntil));
   } catch (const Refusal& refusal) {
     reason = refusal.what();
     return std::nullopt;

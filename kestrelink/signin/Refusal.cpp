@@ -4,8 +4,8 @@ namespace kestrelink::signin {
 
 void requireLength(std::string_view text, std::size_t most) {
   if (text.size() <= most) return;
-  refuse(Reason::tooLong, "the text has " + std::to_string(text.size()) +
-                              " bytes, and at most " + std::to_string(most) + " are read");
+  refuse(Reason::tooLong, "the text has " + std::to_string(text.size()) + " bytes, and at most " +
+                              std::to_string(most) + " are read");
 }
 
 std::string quoted(std::string_view value) {

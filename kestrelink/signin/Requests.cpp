@@ -27,11 +27,11 @@ Request written(const Document& document) {
 
 void setContext(const SAMLAuthNRequest& request, const std::vector<std::string>& classes) {
   if (classes.empty()) return;
-  const auto context = standard::elementFromText(
-      "<samlp:RequestedAuthnContext xmlns:samlp=\"urn:oasis:names:tc:SAML:2.0:protocol\"/>");
+  const auto context =
+      standard::newElement("RequestedAuthnContext", "samlp", standard::kProtocolNamespace);
   for (const std::string& each : classes) {
-    const auto reference = standard::elementFromText(
-        "<saml:AuthnContextClassRef xmlns:saml=\"urn:oasis:names:tc:SAML:2.0:assertion\"/>");
+    const auto reference =
+        standard::newElement("AuthnContextClassRef", "saml", standard::kAssertionNamespace);
     reference->setTextContent(each);
     context->addChildElement(reference);
   }
@@ -44,10 +44,14 @@ void setNameIdPolicy(const SAMLAuthNRequest& request, const Wishes& wishes) {
   policy->setAttributeWithName("AllowCreate", wishes.allowCreate ? "true" : "false");
 }
 
-std::shared_ptr<SAMLSubject> subjectOf(const Session& session) {
-  const auto subject = session.response ? session.response->subject() : nullptr;
-  require(subject != nullptr, Reason::notConfigured, "the session has no subject");
-  return subject;
+// Whether that could be taken from the session's response.
+void requireTaken(bool taken) {
+  require(taken, Reason::notConfigured, "the session names no subscriber");
+}
+
+const SAMLResponse& responseOf(const Session& session) {
+  require(session.response != nullptr, Reason::notConfigured, "the session has no response");
+  return *session.response;
 }
 
 }  // namespace
@@ -70,8 +74,8 @@ Request logoutRequest(const Client& client, const std::string& destination,
   const auto request = controller().newLogoutRequest();
   request->setIssuer(client.entityId);
   standard::setDestination(*request, destination);
-  if (session.sessionIndex) request->requestElement()->setSessionIndex(*session.sessionIndex);
-  standard::setNameIdFrom(*request, *subjectOf(session));
+  if (session.sessionIndex) standard::setSessionIndex(*request, *session.sessionIndex);
+  requireTaken(standard::setNameIdFrom(*request, responseOf(session)));
   requireMade(standard::toStandardForm(*request));
   return written(*request);
 }
@@ -81,7 +85,7 @@ Request attributeQuery(const std::string& issuer, const std::string& destination
   const auto query = controller().newAttributeQuery(issuer);
   standard::setDestination(*query, destination);
   for (const std::string& name : names) query->addAttribute(name);
-  query->requestElement()->setSubject(subjectOf(session));
+  requireTaken(standard::setSubjectFrom(*query, responseOf(session)));
   requireMade(standard::toStandardForm(*query));
   return written(*query);
 }
@@ -91,7 +95,7 @@ Request decisionQuery(const std::string& issuer, const std::string& destination,
   const auto query = controller().newAuthZQuery(question.resource, issuer);
   standard::setDestination(*query, destination);
   query->addAction(question.action);
-  query->requestElement()->setSubject(subjectOf(session));
+  requireTaken(standard::setSubjectFrom(*query, responseOf(session)));
   requireMade(question.actionNamespace.empty()
                   ? standard::toStandardForm(*query)
                   : standard::toStandardForm(*query, question.actionNamespace));

@@ -60,7 +60,7 @@ enum class Reason {
 
 /// Who is signed in. Keep `text` to have the session again after a restart: `SignIn::resume`.
 struct Session {
-  /// The name of the subscriber: attribute "username", or else the name identifier.
+  /// The name of the subscriber: `standard::subscriberOf`.
   std::string subscriber;
   /// The entity ID of the provider.
   std::string provider;

@@ -48,9 +48,7 @@ Result believed(Verdict verdict, const Reading& reading, std::string explanation
 
 Session sessionOf(std::shared_ptr<SAMLResponse> response, std::string text,
                   const Provider& provider) {
-  const auto assertions = standard::assertionsOf(*response);
-  const std::string subscriber =
-      response->userName().value_or(nameIdentifierIn(*assertions.front()));
+  const std::string subscriber = standard::subscriberOf(*response).value_or("");
   require(!subscriber.empty(), Reason::noSubscriber, "the assertion names no subscriber");
   const auto until = response->authenticationTTL();
   require(until.has_value(), Reason::noSessionEnd, "the session has no end");
@@ -113,7 +111,7 @@ struct SignIn::Parts {
 void SignIn::Parts::requireProvider() const {
   if (!provider.validUntil || *provider.validUntil > policy.clock()) return;
   refuse(Reason::providerExpired,
-         "the provider's metadata expired at " + textOfDate(*provider.validUntil));
+         "the provider's metadata expired at " + textOf(*provider.validUntil));
 }
 
 const Endpoint& SignIn::Parts::first(const std::vector<Endpoint>& endpoints,
@@ -155,12 +153,12 @@ Started SignIn::Parts::ask(const std::vector<Endpoint>& endpoints, const char* w
     const Endpoint& endpoint = first(endpoints, what);
     const std::string from(issuer.empty() ? client.entityId : issuer);
     const Request request = make(from, endpoint.url);
-    const auto assertions = standard::assertionsOf(*session.response);
+    const auto identifier = standard::nameIdOf(*session.response);
     const Pending pending{Pending::Kind::query,
                           request.id,
                           provider.entityId,
                           from,
-                          nameIdentifierIn(*assertions.front()),
+                          identifier ? identifier->textContent().value_or("") : "",
                           policy.clock()};
     return send(endpoint, request, pending, provider.wantsSignedRequests || policy.signRequests,
                 {});
@@ -174,7 +172,7 @@ Pending SignIn::Parts::pendingOf(std::string_view text, Pending::Kind kind) cons
   require(pending.provider == provider.entityId, Reason::request,
           "the text kept from the request is that of a request to another provider");
   if (SAMLDate(pending.begun.seconds() + policy.longestWait) > policy.clock()) return pending;
-  refuse(Reason::request, "the request was made at " + textOfDate(pending.begun) +
+  refuse(Reason::request, "the request was made at " + textOf(pending.begun) +
                               ", longer ago than Policy::longestWait");
 }
 
@@ -223,7 +221,7 @@ Result SignIn::Parts::finish(std::string_view received, const Pending* pending) 
   checkSignIn(*reading.response, wanted);
   Result result = believed(Verdict::signedIn, reading, {});
   result.session = sessionOf(reading.response, reading.text, provider);
-  result.explanation = "signed in until " + textOfDate(result.session->until);
+  result.explanation = "signed in until " + textOf(result.session->until);
   rememberAssertions(*reading.response);
   if (pending != nullptr) rememberRequest(*pending);
   return result;
@@ -265,9 +263,9 @@ Result SignIn::resume(std::string_view sessionText) const {
             "the session is that of another provider");
     Result result = believed(Verdict::signedIn, reading, {});
     result.session = sessionOf(reading.response, reading.text, parts_->provider);
-    result.explanation = "signed in until " + textOfDate(result.session->until);
+    result.explanation = "signed in until " + textOf(result.session->until);
     if (result.session->until > parts_->policy.clock()) return result;
-    refuse(Reason::sessionOver, "the session ended at " + textOfDate(result.session->until));
+    refuse(Reason::sessionOver, "the session ended at " + textOf(result.session->until));
   });
 }
 

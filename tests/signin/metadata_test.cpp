@@ -87,7 +87,7 @@ std::string described(const Provider& provider) {
     text += certificate == pair(0).certificate ? "\nkey 1" : "\nkey 2";
   }
   if (provider.wantsSignedRequests) text += "\nwants signed requests";
-  if (provider.validUntil) text += "\nuntil " + textOfDate(*provider.validUntil);
+  if (provider.validUntil) text += "\nuntil " + textOf(*provider.validUntil);
   return text;
 }
 
