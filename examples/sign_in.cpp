@@ -1,26 +1,19 @@
-// Signs a subscriber in, and then asks whether they may watch a channel.
+// Signs a subscriber in at the provider of a metadata file, and asks whether they may watch.
 //
-// The client does what the library does not: it sends, it receives, and it verifies the signature
-// of every response before the library reads it (see verify_then_read/). Here the responses are
-// files: sign_in RESPONSE [DECISION].
+//     sign_in METADATA
+//
+// The networking is done by hand: open the URL, and paste here what the provider's page posts
+// (the form value SAMLResponse). tv_app/ is a client that sends and receives itself.
 
-#include <kestrelink/saml/KestrelinkSAML.h>
+#include <kestrelink/signin/SignIn.h>
 
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <string>
 
-namespace ks = kestrelink;
+namespace signin = kestrelink::signin;
 
 namespace {
-
-// Stands for the client's network: sends the request, receives the response, verifies it.
-std::string sendAndVerify(const std::optional<std::string>& request, const char* responseFile) {
-  std::cout << "--> " << request.value_or("").substr(0, 60) << "...\n";
-  std::ifstream file(responseFile);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 int giveUp(const std::string& why) {
   std::cout << "not signed in: " << why << "\n";
@@ -30,46 +23,30 @@ int giveUp(const std::string& why) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) return giveUp("no response given");
-  const auto& controller = ks::SAMLParserController::sharedInstance();
-  if (!controller.schema()) return giveUp("the schema is missing, so nothing would be validated");
+  if (argc < 2) return giveUp("no metadata given");
+  std::ifstream file(argv[1]);
+  const std::string metadata{std::istreambuf_iterator<char>(file), {}};
+  std::string reason;
+  const auto provider = signin::providerFromMetadata(metadata, "", reason);
+  if (!provider) return giveUp(reason);
 
-  // Ask without a sign-in page first; the response says when the provider must show one.
-  const auto request = controller.newAuthNRequest("https://signin.harbour-tv.example");
-  request->setIsPassive(true);
-  const std::string responseText = sendAndVerify(request->xmlString(), argv[1]);
+  const signin::Client client{.entityId = "https://signin.harbour-tv.example",
+                              .assertionConsumer = "https://signin.harbour-tv.example/acs",
+                              .name = "Harbour"};
+  const signin::SignIn signIn(client, *provider);
+  const auto started = signIn.begin();
+  if (!started) return giveUp(started.reason);
+  std::cout << "open " << (started.url.empty() ? started.form : started.url) << "\n" << std::flush;
 
-  std::optional<ks::ErrorInfo> error;
-  const auto response = controller.parseResponse(responseText, &error);
-  if (!response) return giveUp(error ? error->domain + " " + std::to_string(error->code) : "");
-  if (response->expectedAction() == ks::SAMLExpectedActionPresentUI) {
-    return giveUp("show the provider's sign-in page, then ask again without setIsPassive");
-  }
-  if (response->expectedAction() != ks::SAMLExpectedActionProceed) {
-    return giveUp(response->primaryStatusCode().value_or("no status"));
-  }
-  const auto assertions = response->assertions();
-  if (!response->hasValidAuthentication() || !assertions || assertions->empty() ||
-      !assertions->front()->isValidForRequestor("https://signin.harbour-tv.example")) {
-    return giveUp("the response is not for this client");
-  }
-
-  std::cout << "signed in: " << response->userName().value_or("a subscriber") << " at "
-            << response->selectedProvider().value_or("an unnamed provider") << "\n";
-  for (const auto& [name, values] : response->attributes()) {
+  std::string posted;
+  std::getline(std::cin, posted);
+  const auto result = signIn.finish(posted, started.pending);
+  if (result.verdict != signin::Verdict::signedIn) return giveUp(result.explanation);
+  std::cout << "signed in: " << result.session->subscriber << " at " << result.session->provider
+            << "\n";
+  for (const auto& [name, values] : result.session->response->attributes()) {
     std::cout << "  " << name << ":";
     for (const std::string& value : values) std::cout << " " << value;
     std::cout << "\n";
   }
-
-  // May this subscriber watch? The query names the subscriber by the subject of the response.
-  const char* const channel = "https://harbour-tv.example/live";
-  const auto query = controller.newAuthZQuery(channel, "HARBOUR");
-  query->setSubjectFromResponse(responseText);
-  query->addAction(ks::SAMLAuthZDecisionQueryActionPlay);
-  const auto decision =
-      controller.parseResponse(sendAndVerify(query->xmlString(), argc > 2 ? argv[2] : argv[1]));
-  const auto word = decision ? decision->authorizationStatusForResource(channel) : std::nullopt;
-  std::cout << "may watch: " << word.value_or("no decision") << "\n";
-  return 0;
 }

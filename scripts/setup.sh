@@ -38,5 +38,5 @@ give_up() {
 build_packages=(g++ cmake ninja-build pkg-config libxml2-dev uuid-dev
   libutfcpp-dev libcli11-dev nlohmann-json3-dev zlib1g-dev
   libxmlsec1-dev libssl-dev opensaml-schemas xmltooling-schemas xsltproc)
-test_packages=(libgtest-dev clang libclang-rt-dev abigail-tools strace
+test_packages=(libgtest-dev libcpp-httplib-dev clang libclang-rt-dev abigail-tools strace
   valgrind locales libxml2-utils xmlsec1 openssl libsaml-dev python3-lasso python3-pysaml2)
