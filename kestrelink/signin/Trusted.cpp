@@ -129,17 +129,13 @@ class Way {
   Trusted go() const {
     requirePlain(document_);
     xmlNode* const message = messageIn(document_);
-    const bool isLogout = is(message, kProtocol, "LogoutResponse");
-    if (!isLogout && !is(message, kProtocol, "Response")) {
-      refuse(Reason::wrongMessage,
-             "the message is no response but " + quoted(textOf(message->name)));
-    }
     if (received_.signature) verify(*received_.signature, signer_);
     if (xmlNode* const signature = signatureOf(message)) {
       return {opened(copyOfSigned(signature, signer_)), true};
     }
     if (received_.signature) return {opened(copyOf(message)), true};
-    require(!isLogout, Reason::notSigned, "the logout response is not signed");
+    require(!is(message, kProtocol, "LogoutResponse"), Reason::notSigned,
+            "the logout response is not signed");
     return unsignedResponse(message);
   }
 

@@ -20,7 +20,8 @@ struct Trusted {
   bool isSigned = false;
 };
 
-/// The part of a message that may be believed. `document` is `received.xml`, parsed; it is changed.
+/// The part of a response or logout response that may be believed. `document` is `received.xml`,
+/// parsed; it is changed.
 ///
 /// - A signed response, or one that came in a signed URL: that response.
 /// - An unsigned response with one signed assertion, encrypted or not: that assertion, in a new
