@@ -28,6 +28,9 @@ void everyAccessor(std::string_view input);
 /// they take.
 void requests(std::string_view input);
 
+/// Also what the message signs in once it is signed, and once a bit of that is changed.
+void signIn(std::string_view input);
+
 /// Once, before any target runs.
 void start();
 

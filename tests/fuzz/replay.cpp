@@ -22,6 +22,9 @@ const std::map<std::string, Target> kTargets = {
     {"documentAndXpath", fuzz::documentAndXpath},
     {"roundTrip", fuzz::roundTrip},
     {"everyAccessor", fuzz::everyAccessor},
+#ifdef KESTRELINK_SIGNIN
+    {"signIn", fuzz::signIn},
+#endif
     {"requests", fuzz::requests}};
 
 struct Run {
