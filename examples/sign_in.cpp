@@ -4,7 +4,7 @@
 // of every response before the library reads it (see verify_then_read/). Here the responses are
 // files: sign_in RESPONSE [DECISION].
 
-#include <kestrelink/saml/KestrelinkSAML.h>
+#include <kestrelink/standard/StandardForms.h>
 
 #include <fstream>
 #include <iostream>
@@ -41,7 +41,7 @@ int main(int argc, char** argv) {
 
   std::optional<ks::ErrorInfo> error;
   const auto response = controller.parseResponse(responseText, &error);
-  if (!response) return giveUp(error ? error->domain + " " + std::to_string(error->code) : "");
+  if (!response) return giveUp(std::string(ks::describe(error)));
   if (response->expectedAction() == ks::SAMLExpectedActionPresentUI) {
     return giveUp("show the provider's sign-in page, then ask again without setIsPassive");
   }
@@ -49,13 +49,13 @@ int main(int argc, char** argv) {
     return giveUp(response->primaryStatusCode().value_or("no status"));
   }
   const auto assertions = response->assertions();
-  if (!response->hasValidAuthentication() || !assertions || assertions->empty() ||
+  if (!ks::standard::isSignedIn(*response) || !assertions || assertions->empty() ||
       !assertions->front()->isValidForRequestor("https://signin.harbour-tv.example")) {
     return giveUp("the response is not for this client");
   }
 
-  std::cout << "signed in: " << response->userName().value_or("a subscriber") << " at "
-            << response->selectedProvider().value_or("an unnamed provider") << "\n";
+  std::cout << "signed in: " << ks::standard::subscriberOf(*response).value_or("a subscriber")
+            << " at " << response->selectedProvider().value_or("an unnamed provider") << "\n";
   for (const auto& [name, values] : response->attributes()) {
     std::cout << "  " << name << ":";
     for (const std::string& value : values) std::cout << " " << value;
@@ -64,9 +64,9 @@ int main(int argc, char** argv) {
 
   // May this subscriber watch? The query names the subscriber by the subject of the response.
   const char* const channel = "https://harbour-tv.example/live";
-  const auto query = controller.newAuthZQuery(channel, "HARBOUR");
-  query->setSubjectFromResponse(responseText);
-  query->addAction(ks::SAMLAuthZDecisionQueryActionPlay);
+  const auto query =
+      ks::standard::newDecisionQuery(controller, {.resource = channel, .channel = "HARBOUR"});
+  if (!ks::standard::setSubjectFrom(*query, *response)) return giveUp("the response names nobody");
   const auto decision =
       controller.parseResponse(sendAndVerify(query->xmlString(), argc > 2 ? argv[2] : argv[1]));
   const auto word = decision ? decision->authorizationStatusForResource(channel) : std::nullopt;
