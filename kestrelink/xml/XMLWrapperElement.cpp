@@ -83,7 +83,7 @@ class WrittenLevel {
 constinit const XMLWrapperElementClass XMLWrapperElement::elementClass{
     "XMLWrapperElement", &makeElementInstance<XMLWrapperElement>};
 
-XMLWrapperElement::XMLWrapperElement() = default;
+XMLWrapperElement::XMLWrapperElement() : class_(&elementClass) {}
 
 // Iterative, and without allocating: a client can build a tree of any depth. The list of pending
 // elements is stored in the child list of the element being destroyed.
