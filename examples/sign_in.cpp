@@ -1,4 +1,4 @@
-// Signs a subscriber in at the provider of a metadata file, and asks whether they may watch.
+// Signs a subscriber in at the provider of a metadata file.
 //
 //     sign_in METADATA
 //

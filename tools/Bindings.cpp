@@ -9,7 +9,6 @@
 namespace ksaml {
 namespace {
 
-constexpr std::string_view kSoapNamespace = "http://schemas.xmlsoap.org/soap/envelope/";
 constexpr std::string_view kBlank = " \t\r\n";
 
 std::string_view withoutBlank(std::string_view text) {
@@ -110,24 +109,6 @@ std::string redirectUrl(const std::string& url, std::string_view request) {
 std::string inSoapEnvelope(const std::string& message) {
   return "<soap:Envelope xmlns:soap=\"" + std::string(kSoapNamespace) + "\">\n<soap:Body>\n" +
          message + "\n</soap:Body>\n</soap:Envelope>";
-}
-
-bool isSoapEnvelope(std::string_view xml) {
-  xml = withoutBlank(xml);
-  // Skip what precedes the root: a declaration, comments, processing instructions.
-  while (xml.starts_with("<?") || xml.starts_with("<!--")) {
-    const std::string_view close = xml.starts_with("<?") ? "?>" : "-->";
-    const std::size_t end = xml.find(close);
-    if (end == std::string_view::npos) return false;
-    xml = withoutBlank(xml.substr(end + close.size()));
-  }
-  const std::string_view tag = xml.substr(0, xml.find('>'));
-  std::string_view name = tag.substr(0, tag.find_first_of(kBlank));
-  name.remove_prefix(std::min(name.find_first_of("<:") + 1, name.size()));
-  if (const std::size_t colon = name.find(':'); colon != std::string_view::npos) {
-    name.remove_prefix(colon + 1);
-  }
-  return name == "Envelope" && tag.find(kSoapNamespace) != std::string_view::npos;
 }
 
 }  // namespace ksaml

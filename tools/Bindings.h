@@ -8,6 +8,8 @@
 
 namespace ksaml {
 
+inline constexpr std::string_view kSoapNamespace = "http://schemas.xmlsoap.org/soap/envelope/";
+
 /// The message in the text of a file. XML text is returned unchanged. The parameter "SAMLResponse"
 /// or "SAMLRequest" of a form or URL, and base64, are decoded, and inflated if they are deflated.
 /// With `isBase64` the text must be base64. Any other text is returned unchanged. `std::nullopt`,
@@ -21,8 +23,5 @@ std::string redirectUrl(const std::string& url, std::string_view request);
 
 /// The message in a SOAP 1.1 envelope.
 std::string inSoapEnvelope(const std::string& message);
-
-/// Whether the root of that XML text is a SOAP 1.1 envelope.
-bool isSoapEnvelope(std::string_view xml);
 
 }  // namespace ksaml

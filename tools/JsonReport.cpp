@@ -4,18 +4,17 @@
 
 #include "kestrelink/standard/StandardReading.h"
 
-#include "TimeText.h"
-
 namespace ksaml {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using kestrelink::standard::attributeText;
+namespace standard = kestrelink::standard;
+using standard::attributeText;
 
 Json json(const std::optional<std::string>& text) { return text ? Json(*text) : Json(); }
 
 Json json(const std::optional<kestrelink::SAMLDate>& date) {
-  return date ? Json(dateText(*date)) : Json();
+  return date ? Json(textOf(*date)) : Json();
 }
 
 Json json(const std::optional<kestrelink::ErrorInfo>& error) {
@@ -26,7 +25,7 @@ Json json(const std::optional<kestrelink::ErrorInfo>& error) {
 }
 
 Json nameIdentifier(const kestrelink::SAMLSubject& subject) {
-  const auto identifier = kestrelink::standard::nameIdOf(subject);
+  const auto identifier = standard::nameIdOf(subject);
   if (!identifier) return {};
   return {{"value", json(identifier->textContent())},
           {"element", json(identifier->tagName())},
@@ -61,7 +60,7 @@ Json authorization(const kestrelink::SAMLResponse& response, const ReadOptions& 
 
 Json signedElements(const kestrelink::SAMLResponse& response) {
   Json names = Json::array();
-  for (const auto& element : kestrelink::standard::signedElements(response)) {
+  for (const auto& element : standard::signedElements(response)) {
     names.push_back(json(element->tagName()));
   }
   return names;
@@ -69,8 +68,8 @@ Json signedElements(const kestrelink::SAMLResponse& response) {
 
 Json decisions(const kestrelink::SAMLResponse& response) {
   Json all = Json::array();
-  for (const auto& assertion : kestrelink::standard::assertionsOf(response)) {
-    for (const auto& decision : kestrelink::standard::decisionsOf(*assertion)) {
+  for (const auto& assertion : standard::assertionsOf(response)) {
+    for (const auto& decision : standard::decisionsOf(*assertion)) {
       all.push_back({{"resource", json(decision.resource)},
                      {"decision", json(decision.decision)},
                      {"actions", decision.actions}});
@@ -81,7 +80,7 @@ Json decisions(const kestrelink::SAMLResponse& response) {
 
 Json unreadDates(const kestrelink::SAMLResponse& response) {
   Json all = Json::array();
-  for (const auto& date : kestrelink::standard::unreadDates(response)) {
+  for (const auto& date : standard::unreadDates(response)) {
     all.push_back({{"element", date.element},
                    {"attribute", date.attribute},
                    {"text", date.text},
@@ -90,65 +89,57 @@ Json unreadDates(const kestrelink::SAMLResponse& response) {
   return all;
 }
 
-void addAnswers(Json& report, const kestrelink::SAMLResponse& response,
-                const ReadOptions& options) {
-  const auto assertions = response.assertions();
-  report["root"] = json(response.documentElement()->tagName());
-  report["meetsConditions"] = response.assertionMeetsConditions();
-  report["valid"] = response.isValid();
-  report["selectedProvider"] = json(response.selectedProvider());
-  report["userName"] = json(response.userName());
-  report["subject"] = json(response.subject());
-  report["attributes"] = response.attributes();
-  report["hasValidAuthentication"] = response.hasValidAuthentication();
-  report["authenticationTTL"] = json(response.authenticationTTL());
-  report["authenticationSessionId"] = json(response.authenticationSessionId());
-  report["assertions"] = assertions ? Json(assertions->size()) : Json();
-  report["statusCodes"] = response.statusCodes();
-  report["primaryStatusCode"] = json(response.primaryStatusCode());
-  report["expectedAction"] = static_cast<std::int64_t>(response.expectedAction());
-  report["authorization"] = authorization(response, options);
-  report["signed"] = signedElements(response);
-  report["audiences"] = audiencesOf(response);
-  report["recipient"] = json(kestrelink::standard::recipientOf(response));
-  report["inResponseTo"] = json(kestrelink::standard::inResponseTo(response));
-  report["destination"] = json(kestrelink::standard::destinationOf(response));
-  report["decisions"] = decisions(response);
-  report["encryptedAssertions"] = kestrelink::standard::encryptedAssertions(response);
-  report["unreadDates"] = unreadDates(response);
+using Response = const kestrelink::SAMLResponse&;
+using Options = const ReadOptions&;
+
+Json assertions(Response response) {
+  const auto all = response.assertions();
+  return all ? Json(all->size()) : Json();
 }
+
+// The keys of a message that was read, in the order in which they are written.
+struct Entry {
+  const char* key;
+  Json (*value)(Response, Options);
+};
+constexpr Entry kEntries[] = {
+    {"root", [](Response r, Options) { return json(r.documentElement()->tagName()); }},
+    {"meetsConditions", [](Response r, Options) { return Json(r.assertionMeetsConditions()); }},
+    {"valid", [](Response r, Options) { return Json(r.isValid()); }},
+    {"selectedProvider", [](Response r, Options) { return json(r.selectedProvider()); }},
+    {"userName", [](Response r, Options) { return json(r.userName()); }},
+    {"subject", [](Response r, Options) { return json(r.subject()); }},
+    {"attributes", [](Response r, Options) { return Json(r.attributes()); }},
+    {"hasValidAuthentication",
+     [](Response r, Options) { return Json(r.hasValidAuthentication()); }},
+    {"authenticationTTL", [](Response r, Options) { return json(r.authenticationTTL()); }},
+    {"authenticationSessionId",
+     [](Response r, Options) { return json(r.authenticationSessionId()); }},
+    {"assertions", [](Response r, Options) { return assertions(r); }},
+    {"statusCodes", [](Response r, Options) { return Json(r.statusCodes()); }},
+    {"primaryStatusCode", [](Response r, Options) { return json(r.primaryStatusCode()); }},
+    {"expectedAction",
+     [](Response r, Options) { return Json(static_cast<std::int64_t>(r.expectedAction())); }},
+    {"authorization", [](Response r, Options options) { return authorization(r, options); }},
+    {"signed", [](Response r, Options) { return signedElements(r); }},
+    {"audiences", [](Response r, Options) { return Json(audiencesOf(r)); }},
+    {"recipient", [](Response r, Options) { return json(standard::recipientOf(r)); }},
+    {"inResponseTo", [](Response r, Options) { return json(standard::inResponseTo(r)); }},
+    {"destination", [](Response r, Options) { return json(standard::destinationOf(r)); }},
+    {"decisions", [](Response r, Options) { return decisions(r); }},
+    {"encryptedAssertions",
+     [](Response r, Options) { return Json(standard::encryptedAssertions(r)); }},
+    {"unreadDates", [](Response r, Options) { return unreadDates(r); }},
+};
 
 }  // namespace
 
 std::string jsonReport(const Reading& reading, const ReadOptions& options) {
   Json report = {
       {"file", reading.file}, {"accepted", reading.accepted}, {"error", json(reading.error)}};
-  for (const char* key : {"root",
-                          "meetsConditions",
-                          "valid",
-                          "selectedProvider",
-                          "userName",
-                          "subject",
-                          "attributes",
-                          "hasValidAuthentication",
-                          "authenticationTTL",
-                          "authenticationSessionId",
-                          "assertions",
-                          "statusCodes",
-                          "primaryStatusCode",
-                          "expectedAction",
-                          "authorization",
-                          "signed",
-                          "audiences",
-                          "recipient",
-                          "inResponseTo",
-                          "destination",
-                          "decisions",
-                          "encryptedAssertions",
-                          "unreadDates"}) {
-    report[key] = nullptr;
+  for (const Entry& entry : kEntries) {
+    report[entry.key] = reading.response ? entry.value(*reading.response, options) : Json();
   }
-  if (reading.response) addAnswers(report, *reading.response, options);
   return report.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 

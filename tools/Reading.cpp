@@ -49,6 +49,11 @@ constexpr const char* kEnvelopeSchema = R"(
   </element>
 </schema>)";
 
+bool isSoapEnvelope(const kestrelink::XMLWrapperElement& root) {
+  return root.tagName() == "Envelope" && !root.namespaces().empty() &&
+         root.namespaces().at(0)->href() == kSoapNamespace;
+}
+
 // Makes the message in the body the document's root. When that is not a response, stores the error
 // that the controller stores for such a root.
 void openEnvelope(SAMLResponse& response, kestrelink::ErrorOut error) {
@@ -72,10 +77,9 @@ std::shared_ptr<SAMLResponse> responseFrom(const kestrelink::SAMLParserControlle
                                            kestrelink::ErrorOut error) {
   SharedBytes bytes = controller.dataFromString(text, error);
   if (!bytes) return nullptr;
-  const bool isEnvelope = isSoapEnvelope(text);
-  if (isEnvelope && schema) schema = std::make_shared<const std::string>(kEnvelopeSchema);
+  if (schema) schema = std::make_shared<const std::string>(kEnvelopeSchema);
   auto response = SAMLResponse::initWithData(std::move(bytes), std::move(schema), error);
-  if (response && isEnvelope) openEnvelope(*response, error);
+  if (response && isSoapEnvelope(*response->documentElement())) openEnvelope(*response, error);
   return response;
 }
 

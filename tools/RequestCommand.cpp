@@ -52,98 +52,122 @@ std::vector<std::string> split(const std::string& list) {
 }  // namespace
 
 RequestCommand::RequestCommand(CLI::App& app) {
-  CLI::App* const request = app.add_subcommand("request", "Make a request and write its XML text");
-  request->require_subcommand(1);
-  const auto add = [this, request](const char* name, const char* description,
-                                   Document (RequestCommand::*make)() const) {
-    CLI::App* const command = request->add_subcommand(name, description);
-    command->footer("Exit status: 0 written, 2 usage or unusable input.");
-    command->add_flag("--standard", standard_,
-                      "Write the form that the SAML 2.0 protocol schema accepts");
-    command->add_option("--destination", destination_, "The URL that the request is sent to")
-        ->type_name("URL");
-    CLI::Option* const base64 =
-        command->add_flag("--base64", base64_, "Write the form value that a browser posts");
-    CLI::Option* const soap = command->add_flag("--soap", soap_, "Write it in a SOAP 1.1 envelope");
-    command
-        ->add_option("--redirect", redirect_,
-                     "Write this URL with the request in its query (HTTP-Redirect, unsigned)")
-        ->type_name("URL")
-        ->excludes(base64)
-        ->excludes(soap);
-    soap->excludes(base64);
-    command->final_callback([this, make] { chosen_ = [this, make] { return (this->*make)(); }; });
-    return command;
-  };
-  const auto addSubject = [this](CLI::App* command) {
-    command
-        ->add_option("--subject-from", subjectFile_,
-                     "Name the subscriber: the subject of the response in this file")
-        ->type_name("FILE");
-  };
+  CLI::App& request = *app.add_subcommand("request", "Make a request and write its XML text");
+  request.require_subcommand(1);
+  addAuthn(request);
+  addAttributes(request);
+  addAuthz(request);
+  addLogout(request);
+}
 
-  CLI::App* const authn =
-      add("authn", "An authentication request: sign the subscriber in", &RequestCommand::authn);
-  authn->add_option("--issuer", issuer_, "The client's identifier, which the provider knows")
-      ->type_name("TEXT")
-      ->required();
-  authn
-      ->add_option("--provider-name", providerName_,
-                   "The client's name, for the provider to show to the subscriber")
-      ->type_name("TEXT");
-  authn->add_option("--acs-url", acsUrl_, "The URL that the response is to be posted to")
+CLI::App& RequestCommand::add(CLI::App& request, const char* name, const char* description,
+                              Document (RequestCommand::*make)() const) {
+  CLI::App& command = *request.add_subcommand(name, description);
+  command.footer("Exit status: 0 written, 2 usage or unusable input.");
+  command.add_flag("--standard", standard_,
+                   "Write the form that the SAML 2.0 protocol schema accepts");
+  command.add_option("--destination", destination_, "The URL that the request is sent to")
       ->type_name("URL");
-  authn->add_flag("--passive", passive_, "The provider must not show its sign-in page");
-  authn->add_flag("--force-authn", forceAuthn_,
-                  "The subscriber must sign in even if signed in already");
-  addSubject(authn);
+  addBindings(command);
+  command.final_callback([this, make] { chosen_ = [this, make] { return (this->*make)(); }; });
+  return command;
+}
 
-  CLI::App* const attributes =
-      add("attributes", "An attribute query: who is the subscriber", &RequestCommand::attributes);
-  attributes->add_option("--channel", channel_, "The identifier of the channel that asks")
+void RequestCommand::addBindings(CLI::App& command) {
+  CLI::Option* const base64 =
+      command.add_flag("--base64", base64_, "Write the form value that a browser posts");
+  CLI::Option* const soap = command.add_flag("--soap", soap_, "Write it in a SOAP 1.1 envelope");
+  command
+      .add_option("--redirect", redirect_,
+                  "Write this URL with the request in its query (HTTP-Redirect, unsigned)")
+      ->type_name("URL")
+      ->excludes(base64)
+      ->excludes(soap);
+  soap->excludes(base64);
+}
+
+void RequestCommand::addSubject(CLI::App& command) {
+  command
+      .add_option("--subject-from", subjectFile_,
+                  "Name the subscriber: the subject of the response in this file")
+      ->type_name("FILE");
+}
+
+void RequestCommand::addChannel(CLI::App& command) {
+  command.add_option("--channel", channel_, "The identifier of the channel that asks")
       ->type_name("ID")
       ->required();
-  attributes
-      ->add_option("--attribute", attributes_,
-                   "Ask for the attribute of this name, or for these values of it")
+}
+
+CLI::Option& RequestCommand::addIssuer(CLI::App& command) {
+  return *command
+              .add_option("--issuer", issuer_, "The client's identifier, which the provider knows")
+              ->type_name("TEXT");
+}
+
+void RequestCommand::addAuthn(CLI::App& request) {
+  CLI::App& command = add(request, "authn", "An authentication request: sign the subscriber in",
+                          &RequestCommand::authn);
+  addIssuer(command).required();
+  command
+      .add_option("--provider-name", providerName_,
+                  "The client's name, for the provider to show to the subscriber")
+      ->type_name("TEXT");
+  command.add_option("--acs-url", acsUrl_, "The URL that the response is to be posted to")
+      ->type_name("URL");
+  command.add_flag("--passive", passive_, "The provider must not show its sign-in page");
+  command.add_flag("--force-authn", forceAuthn_,
+                   "The subscriber must sign in even if signed in already");
+  addSubject(command);
+}
+
+void RequestCommand::addAttributes(CLI::App& request) {
+  CLI::App& command = add(request, "attributes", "An attribute query: who is the subscriber",
+                          &RequestCommand::attributes);
+  addChannel(command);
+  command
+      .add_option("--attribute", attributes_,
+                  "Ask for the attribute of this name, or for these values of it")
       ->type_name("NAME[=VALUE,VALUE...]")
       ->expected(1)
       ->take_all();
-  addSubject(attributes);
+  addSubject(command);
+}
 
-  CLI::App* const authz = add("authz", "An authorisation decision query: may the subscriber do it",
-                              &RequestCommand::authz);
-  authz->add_option("--channel", channel_, "The identifier of the channel that asks")
-      ->type_name("ID")
-      ->required();
-  authz->add_option("--resource", resource_, "The URL of what the subscriber wants to watch")
+void RequestCommand::addAuthz(CLI::App& request) {
+  CLI::App& command =
+      add(request, "authz", "An authorisation decision query: may the subscriber do it",
+          &RequestCommand::authz);
+  addChannel(command);
+  command.add_option("--resource", resource_, "The URL of what the subscriber wants to watch")
       ->type_name("URL")
       ->required();
-  authz->add_option("--action", actions_, "What to do with the resource (default Play)")
+  command.add_option("--action", actions_, "What to do with the resource (default Play)")
       ->type_name("NAME")
       ->expected(1)
       ->take_all();
-  addSubject(authz);
+  addSubject(command);
+}
 
-  CLI::App* const logout =
-      add("logout", "A logout request: end the session", &RequestCommand::logout);
-  logout->add_option("--issuer", issuer_, "The client's identifier, which the provider knows")
+void RequestCommand::addLogout(CLI::App& request) {
+  CLI::App& command =
+      add(request, "logout", "A logout request: end the session", &RequestCommand::logout);
+  addIssuer(command);
+  command
+      .add_option("--reason", reason_,
+                  "Why the session ends: a URI such as urn:oasis:names:tc:SAML:2.0:logout:user")
       ->type_name("TEXT");
-  logout
-      ->add_option("--reason", reason_,
-                   "Why the session ends: a URI such as urn:oasis:names:tc:SAML:2.0:logout:user")
-      ->type_name("TEXT");
-  logout
-      ->add_option("--not-on-or-after", notOnOrAfter_,
-                   "When the request expires, such as 2030-01-31T12:00:00Z")
+  command
+      .add_option("--not-on-or-after", notOnOrAfter_,
+                  "When the request expires, such as 2030-01-31T12:00:00Z")
       ->type_name("DATE");
-  logout
-      ->add_option("--session-index", sessionIndex_,
-                   "The session to end, as an earlier response named it")
+  command
+      .add_option("--session-index", sessionIndex_,
+                  "The session to end, as an earlier response named it")
       ->type_name("TEXT");
-  logout
-      ->add_option("--name-id-from", nameIdFile_,
-                   "Name the subscriber: the name identifier of the response in this file")
+  command
+      .add_option("--name-id-from", nameIdFile_,
+                  "Name the subscriber: the name identifier of the response in this file")
       ->type_name("FILE");
 }
 
@@ -192,9 +216,7 @@ bool RequestCommand::takesSubject(const Request& request, kestrelink::SharedByte
   const auto message = messageInFile(*subjectFile_);
   if (!message) return false;
   const auto response = responseIn(*message, std::move(schema));
-  const auto subject = response ? response->subject() : nullptr;
-  request.requestElement()->setSubject(subject);
-  if (subject) return true;
+  if (response && kestrelink::standard::setSubjectFrom(request, *response)) return true;
   refuse("ksaml: there is no subject in %s\n", *subjectFile_);
   return false;
 }
@@ -204,10 +226,7 @@ bool RequestCommand::takesNameId(const kestrelink::SAMLLogoutRequest& request) c
   const auto message = messageInFile(*nameIdFile_);
   if (!message) return false;
   const auto response = responseIn(*message, controller().schema());
-  const auto assertions = response ? response->assertions() : std::nullopt;
-  const auto subject =
-      assertions && !assertions->empty() ? assertions->front()->subject() : nullptr;
-  if (subject && kestrelink::standard::setNameIdFrom(request, *subject)) return true;
+  if (response && kestrelink::standard::setNameIdFrom(request, *response)) return true;
   refuse("ksaml: there is no name identifier in %s\n", *nameIdFile_);
   return false;
 }
@@ -233,9 +252,9 @@ RequestCommand::Document RequestCommand::attributes() const {
 }
 
 RequestCommand::Document RequestCommand::authz() const {
-  const auto query = controller().newAuthZQuery(*resource_, *channel_);
-  for (const std::string& action : actions_) query->addAction(action);
-  if (actions_.empty()) query->addAction(kestrelink::SAMLAuthZDecisionQueryActionPlay);
+  kestrelink::standard::DecisionQuestion question{.resource = *resource_, .channel = *channel_};
+  if (!actions_.empty()) question.actions.assign(actions_.begin(), actions_.end());
+  const auto query = kestrelink::standard::newDecisionQuery(controller(), question);
   return takesSubject(*query, controller().schema()) ? finished(query) : nullptr;
 }
 
@@ -249,7 +268,7 @@ RequestCommand::Document RequestCommand::logout() const {
       return refuse("ksaml: %s is no date of the form 2030-01-31T12:00:00Z\n", *notOnOrAfter_);
     }
   }
-  if (sessionIndex_) request->requestElement()->setSessionIndex(*sessionIndex_);
+  if (sessionIndex_) kestrelink::standard::setSessionIndex(*request, *sessionIndex_);
   return takesNameId(*request) ? finished(request) : nullptr;
 }
 

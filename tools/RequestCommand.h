@@ -10,7 +10,8 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+}  // namespace CLI
 
 namespace ksaml {
 
@@ -27,6 +28,19 @@ class RequestCommand {
  private:
   using Document = std::shared_ptr<kestrelink::XMLWrapperDoc>;
 
+  // The subcommands and their options.
+  CLI::App& add(CLI::App& request, const char* name, const char* description,
+                Document (RequestCommand::*make)() const);
+  void addAuthn(CLI::App& request);
+  void addAttributes(CLI::App& request);
+  void addAuthz(CLI::App& request);
+  void addLogout(CLI::App& request);
+  void addBindings(CLI::App& command);
+  void addSubject(CLI::App& command);
+  void addChannel(CLI::App& command);
+  CLI::Option& addIssuer(CLI::App& command);
+
+  // What each of them makes; null, with a line on standard error, when it cannot be made.
   Document authn() const;
   Document attributes() const;
   Document authz() const;

@@ -29,32 +29,14 @@ std::string beside(const SAMLDate& date) { return date > currentTime() ? ahead(d
 /// The date attribute and how far it is from the current time; empty when the element has none.
 std::string dateAttribute(const kestrelink::XMLWrapperElement& element, std::string_view name,
                           const std::optional<SAMLDate>& date) {
-  if (date) return dateText(*date) + " (" + beside(*date) + ")";
+  if (date) return textOf(*date) + " (" + beside(*date) + ")";
   const auto text = attributeText(element, name);
   if (!text) return {};
-  return "\"" + printable(*text) + "\" (malformed: read as if it were not there)";
+  return "\"" + printable(*text) + "\" (not read, because " +
+         kestrelink::standard::reasonForUnreadDate(*text) + ")";
 }
 
 // Verdict
-
-struct KnownError {
-  std::string_view domain;
-  std::int64_t code;
-  const char* sentence;
-};
-
-constexpr std::string_view kXml = kestrelink::kXMLWrapperErrorDomain;
-constexpr std::string_view kSaml = "SAMLParserErrorDomain";
-constexpr KnownError kKnownErrors[] = {
-    {kXml, kestrelink::kXMLWrapperErrorNotValid,
-     "it was not found valid against the SAML 2.0 protocol schema"},
-    {kXml, kestrelink::kXMLWrapperErrorNoTree, "there is no XML in it"},
-    {kSaml, kestrelink::kSAMLParserErrorNotUtf8, "it is not UTF-8 text"},
-    {kSaml, kestrelink::kSAMLParserErrorWrongRoot,
-     "its root element is neither Response nor LogoutResponse"},
-    {kSaml, kestrelink::kSAMLParserErrorNoValidAssertion, "it has assertions, but none is valid"},
-    {kSaml, kestrelink::kSAMLParserErrorSignature, "a signature says that it is not valid"},
-};
 
 const char* timeReason(const SAMLResponse& response, const ReadOptions& options) {
   return options.cached || response.assertionMeetsConditions()
@@ -63,15 +45,11 @@ const char* timeReason(const SAMLResponse& response, const ReadOptions& options)
 }
 
 std::string reasonOf(const Reading& reading, const ReadOptions& options) {
-  if (!reading.error) {
-    return reading.response ? "no assertion has conditions" : "there is no element in it";
-  }
-  for (const KnownError& known : kKnownErrors) {
-    if (known.domain == reading.error->domain && known.code == reading.error->code) {
-      return known.sentence;
-    }
-  }
-  return reading.response ? timeReason(*reading.response, options) : "it could not be read";
+  const bool isTime = reading.error && reading.error->domain == kestrelink::SAMLParserErrorDomain &&
+                      reading.error->code == kestrelink::kSAMLParserErrorTime;
+  if (isTime && reading.response) return timeReason(*reading.response, options);
+  if (!reading.error && reading.response) return "no assertion has conditions";
+  return std::string(kestrelink::describe(reading.error));
 }
 
 std::string errorDetails(const kestrelink::ErrorInfo& error) {
@@ -92,20 +70,44 @@ bool isAllEncrypted(const SAMLResponse& response) {
          kestrelink::standard::assertionsOf(response).empty();
 }
 
-std::string verdict(const Reading& reading, const ReadOptions& options, bool colour) {
-  const std::string word = reading.accepted ? "accepted" : "rejected";
-  std::string text = printable(reading.file) + ": ";
-  text += colour ? (reading.accepted ? "\033[1;32m" : "\033[1;31m") + word + "\033[0m" : word;
-  if (!reading.accepted) text += ": " + reasonOf(reading, options);
-  if (reading.accepted && isAllEncrypted(*reading.response)) {
-    text += ", but its assertions are encrypted: nothing was read";
+std::string statusText(const SAMLResponse& response) {
+  const auto codes = response.statusCodes();
+  return codes.empty() ? "it has no status" : printable(codes.back());
+}
+
+struct Verdict {
+  const char* colour;
+  std::string words;
+};
+constexpr const char* kRed = "\033[1;31m";
+constexpr const char* kYellow = "\033[1;33m";
+constexpr const char* kGreen = "\033[1;32m";
+
+Verdict verdictOf(const Reading& reading, const ReadOptions& options) {
+  if (!reading.accepted) return {kRed, "rejected: " + reasonOf(reading, options)};
+  const SAMLResponse& response = *reading.response;
+  if (!response.responseElement()) {
+    return {kYellow, "accepted unchecked: its root element is not a response"};
   }
+  if (response.expectedAction() == kestrelink::SAMLExpectedActionPresentUI) {
+    return {kYellow, "not signed in: the provider has to show its sign-in page"};
+  }
+  if (response.expectedAction() == kestrelink::SAMLExpectedActionNone) {
+    return {kYellow, "denied: " + statusText(response)};
+  }
+  if (isAllEncrypted(response)) {
+    return {kYellow, "accepted, but its assertions are encrypted: nothing was read"};
+  }
+  return {kGreen, "accepted"};
+}
+
+std::string verdict(const Reading& reading, const ReadOptions& options, bool colour) {
+  const auto [code, words] = verdictOf(reading, options);
+  std::string text = printable(reading.file) + ": ";
+  text += colour ? code + words + "\033[0m" : words;
   text += "\n";
   if (reading.error) text += errorDetails(*reading.error);
   if (!reading.validated) text += "  not validated: no schema\n";
-  if (reading.accepted && !reading.response->responseElement()) {
-    text += "  its root is no response: nothing was judged\n";
-  }
   return text;
 }
 
@@ -115,9 +117,9 @@ std::string shown(const std::optional<std::string>& text) {
   return text ? printable(*text) : "(none)";
 }
 
-std::string subjectText(const std::shared_ptr<kestrelink::SAMLSubject>& subject) {
-  if (!subject) return "(none)";
-  const auto identifier = kestrelink::standard::nameIdOf(*subject);
+std::string subjectText(const SAMLResponse& response) {
+  if (!response.subject()) return "(none)";
+  const auto identifier = kestrelink::standard::nameIdOf(response);
   if (!identifier) return "(without a name identifier)";
   std::string text = shown(identifier->textContent());
   if (const auto format = attributeText(*identifier, "Format")) {
@@ -151,17 +153,15 @@ std::string nextText(const SAMLResponse& response) {
   return "nothing the client can do";
 }
 
-std::string conditionsText(const SAMLAssertion& assertion) {
+std::string windowText(const SAMLAssertion& assertion) {
   const auto conditions = assertion.conditions();
-  if (!conditions) return "no conditions, so never met";
+  if (!conditions) return "no conditions, so never in its time window";
   const auto from = conditions->notBefore();
   const auto until = conditions->notOnOrAfter();
-  std::string text = "conditions met";
-  if (!assertion.meetsConditions()) {
-    const bool early = from && (!until || *from > currentTime());
-    text = early ? "not yet valid, for " + spanText(from->seconds() - currentTime().seconds())
-                 : "expired by " + spanText(currentTime().seconds() - until->seconds());
-  }
+  const bool early = from && *from > currentTime();
+  std::string text = assertion.meetsConditions() ? "in its time window"
+                     : early                     ? "not yet valid"
+                                                 : "expired";
   const std::string start = dateAttribute(*conditions, "NotBefore", from);
   const std::string end = dateAttribute(*conditions, "NotOnOrAfter", until);
   if (!start.empty()) text += ", from " + start;
@@ -173,9 +173,9 @@ std::string assertionsText(const std::optional<kestrelink::SAMLResponseElement::
   if (!all) return {};
   Table table;
   for (const auto& assertion : *all) {
-    table.add(
-        shown(assertion->identifier()),
-        std::string(assertion->isValid() ? "valid; " : "not valid; ") + conditionsText(*assertion));
+    const std::string authentication =
+        assertion->isValid() ? "" : "; its authentication is not valid";
+    table.add(shown(assertion->identifier()), windowText(*assertion) + authentication);
   }
   return table.empty() ? "" : "\n  Assertions\n" + table.text("    ");
 }
@@ -239,7 +239,7 @@ std::string contents(const SAMLResponse& response, const ReadOptions& options) {
   table.add("Root", shown(response.documentElement()->tagName()));
   table.add("Provider", shown(response.selectedProvider()));
   table.add("User", shown(response.userName()));
-  table.add("Subject", subjectText(response.subject()));
+  table.add("Subject", subjectText(response));
   table.add("Authentication", authenticationText(response));
   table.add("Session", shown(response.authenticationSessionId()));
   table.add("Next", nextText(response));

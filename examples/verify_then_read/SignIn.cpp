@@ -5,7 +5,7 @@
 #include <memory>
 #include <string_view>
 
-#include "kestrelink/saml/KestrelinkSAML.h"
+#include "kestrelink/standard/StandardReading.h"
 
 namespace verify_then_read {
 namespace {
@@ -15,8 +15,7 @@ namespace ks = kestrelink;
 using Reason = std::optional<std::string>;  // std::nullopt: nothing to object to
 
 std::string valueOf(const ks::XMLWrapperElement& element, const char* name) {
-  const auto attribute = element.attributeWithName(name);
-  return attribute ? attribute->value().value_or("") : "";
+  return ks::standard::attributeText(element, name).value_or("");
 }
 
 // The library takes a date in any other form for one that is not there.
@@ -109,13 +108,6 @@ Reason assertionReason(const ks::SAMLAssertion& assertion, const Expected& expec
   return std::nullopt;
 }
 
-std::optional<std::string> subscriberOf(const ks::SAMLResponse& response) {
-  if (auto name = response.userName()) return name;
-  const auto subject = response.subject();
-  const auto identifier = subject ? subject->firstElementByTagName("NameID") : nullptr;
-  return identifier ? identifier->textContent() : std::nullopt;
-}
-
 Outcome refused(std::string reason) { return {Verdict::Refused, std::move(reason)}; }
 
 Outcome readSignIn(const ks::SAMLResponse& response, const Expected& expected) {
@@ -126,7 +118,7 @@ Outcome readSignIn(const ks::SAMLResponse& response, const Expected& expected) {
   }
   const auto statement = assertions.front()->authentication();
   if (!statement) return refused("there is no authentication statement");
-  const auto name = subscriberOf(response);
+  const auto name = ks::standard::subscriberOf(response);
   if (!name) return refused("no subscriber is named");
   return {Verdict::SignedIn, *name + " until " + valueOf(*statement, "SessionNotOnOrAfter")};
 }

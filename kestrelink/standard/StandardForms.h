@@ -101,10 +101,18 @@ namespace detail {
 inline constexpr std::array<std::string_view, 3> kNameIdentifiers = {"BaseID", "NameID",
                                                                      "EncryptedID"};
 
+/// Removes the children of that name but this one.
+inline void keepOnly(XMLWrapperElement& parent, std::string_view tagName,
+                     const std::shared_ptr<XMLWrapperElement>& kept) {
+  XMLWrapperElement::List children = parent.elements();
+  std::erase_if(children,
+                [&](const auto& child) { return child != kept && child->tagName() == tagName; });
+  if (children.size() < parent.elements().size()) parent.setElements(std::move(children));
+}
+
 inline void keepLast(XMLWrapperElement& parent, std::string_view tagName) {
-  XMLWrapperElement::List all = parent.getElementsByTagName(tagName);
-  if (!all.empty()) all.pop_back();
-  for (const auto& earlier : all) parent.removeChildElement(earlier);
+  const XMLWrapperElement::List all = parent.getElementsByTagName(tagName);
+  if (!all.empty()) keepOnly(parent, tagName, all.back());
 }
 
 inline void putChildrenInNamespace(XMLWrapperElement& parent, std::string_view tagName,
@@ -132,10 +140,8 @@ inline StandardForm mendConfirmation(XMLWrapperElement& confirmation) {
   if (mendNameIdentifiers(confirmation) > 1) return StandardForm::severalNameIdentifiers;
   putInNamespace(confirmation, "saml", kAssertionNamespace);
   // Keep the first, which the library reads.
-  const auto first = confirmation.firstElementByTagName("SubjectConfirmationData");
-  for (const auto& data : confirmation.getElementsByTagName("SubjectConfirmationData")) {
-    if (data != first) confirmation.removeChildElement(data);
-  }
+  keepOnly(confirmation, "SubjectConfirmationData",
+           confirmation.firstElementByTagName("SubjectConfirmationData"));
   putChildrenInNamespace(confirmation, "SubjectConfirmationData", "saml", kAssertionNamespace);
   confirmation.setChildElementSequence(
       {{"BaseID", "NameID", "EncryptedID", "SubjectConfirmationData"}});

@@ -168,9 +168,8 @@ struct UnreadDate {
   std::string reason;  ///< such as "it has a fraction of a second"
 };
 
-namespace detail {
-
-inline std::string reasonForUnreadDate(const std::string& text) {
+/// Why the library does not read the text as a date, such as "it has a fraction of a second".
+[[nodiscard]] inline std::string reasonForUnreadDate(const std::string& text) {
   const std::string_view kForm = "dddd-dd-ddTdd:dd:ddZ";
   const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
   const bool hasForm = std::equal(text.begin(), text.end(), kForm.begin(), kForm.end(),
@@ -187,6 +186,8 @@ inline std::string reasonForUnreadDate(const std::string& text) {
   if (text.back() != 'Z') return "it names no time zone";
   return "it is not of the form 2026-01-15T20:15:02Z";
 }
+
+namespace detail {
 
 inline void noteDate(std::vector<UnreadDate>& unread, const XMLWrapperElement& element,
                      const char* name, const std::optional<SAMLDate>& date) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "kestrelink/platform/Export.h"
 #include "kestrelink/xml/ErrorInfo.h"
 #include "kestrelink/xml/XMLWrapperNamespace.h"
 
@@ -22,10 +23,12 @@ class XMLWrapperAttribute {
 
   /// Reads a libxml2 attribute. The value is its first text node: it ends at the first entity
   /// reference. `ns` is the attribute's namespace, null when it has none.
+  KESTRELINK_NOT_EXPORTED("use setAttributeWithName or standard::setAttribute")
   static std::shared_ptr<XMLWrapperAttribute> initWithNode(
       const _xmlAttr* record, std::shared_ptr<const XMLWrapperNamespace> ns);
 
   /// The same, into an existing attribute.
+  KESTRELINK_NOT_EXPORTED("use setAttributeWithName or standard::setAttribute")
   void readNode(const _xmlAttr* record, std::shared_ptr<const XMLWrapperNamespace> ns);
 
   /// The local name, without prefix.
@@ -46,6 +49,7 @@ class XMLWrapperAttribute {
   /// Adds the attribute to the node. False with `kXMLWrapperErrorAttributeNotWritten` when libxml2
   /// refuses. A namespace that cannot be written leaves `kXMLWrapperErrorNamespaceNotWritten`; the
   /// attribute is then written without it.
+  KESTRELINK_NOT_EXPORTED("use setAttributeWithName or standard::setAttribute")
   bool xmlAttrNodeForNode(DetachedNode& node, ErrorOut error = nullptr) const;
 
  private:

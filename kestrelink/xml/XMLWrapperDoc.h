@@ -87,6 +87,7 @@ class KESTRELINK_EXPORT XMLWrapperDoc {
   /// The root of the element tree.
   const std::shared_ptr<XMLWrapperElement>& documentElement() const;
   void setDocumentElement(std::shared_ptr<XMLWrapperElement> element);
+  /// What evaluates XPath. `XMLWrapperQuery` has no public header: a client can only pass it on.
   const std::shared_ptr<XMLWrapperQuery>& query() const;
   void setQuery(std::shared_ptr<XMLWrapperQuery> query);
 

@@ -83,7 +83,7 @@ class WrittenLevel {
 constinit const XMLWrapperElementClass XMLWrapperElement::elementClass{
     "XMLWrapperElement", &makeElementInstance<XMLWrapperElement>};
 
-XMLWrapperElement::XMLWrapperElement() = default;
+XMLWrapperElement::XMLWrapperElement() : class_(&elementClass) {}
 
 // Iterative, and without allocating: a client can build a tree of any depth. The list of pending
 // elements is stored in the child list of the element being destroyed.
@@ -290,6 +290,7 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstElementByTagName(
 }
 
 bool XMLWrapperElement::isChild(const std::shared_ptr<XMLWrapperElement>& element) const {
+  if (!element || !element->mayBeChild()) return false;
   return std::find(elements_.begin(), elements_.end(), element) != elements_.end();
 }
 
@@ -410,8 +411,9 @@ DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
 
   for (const auto& [key, attribute] : attributes_) attribute->xmlAttrNodeForNode(node, error);
   const NamespaceMap& declared = namespaces();
-  for (std::size_t position = 0; position < declared.size(); ++position) {
-    declared.at(position)->xmlNsForNode(node.get(), error);
+  // Appended here: libxml2 would compare each prefix with all before it, and they all differ.
+  for (xmlNs** last = &node.get()->nsDef; const auto& ns : declared) {
+    if ((*last = ns->xmlNsForNode(nullptr, error)) != nullptr) last = &(*last)->next;
   }
   if (node.get()->nsDef != nullptr) xmlSetNs(node.get(), node.get()->nsDef);
   if (textContent_) {

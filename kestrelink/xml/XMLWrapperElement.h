@@ -34,8 +34,9 @@ class XMLTreeReading;
 /// Clients call the virtual operations through an element that they were given. The shared library
 /// exports only the type information of the element classes. Static operations (`initWithNode`,
 /// `initWithTagName`, `elementClass`, every `createElement`), constructors and protected operations
-/// are internal: a client of the shared library that calls one gets an undefined reference. To
-/// create elements a client uses `standard::elementFromText` (kestrelink/standard/MakeElement.h).
+/// are internal: a client that calls one gets a compile error. To create elements a client uses
+/// `standard::newElement` (kestrelink/standard/Elements.h) or `standard::elementFromText`
+/// (kestrelink/standard/MakeElement.h).
 ///
 /// Threads: an element and all elements of its tree are used by one thread at a time.
 class KESTRELINK_TYPE XMLWrapperElement {
@@ -44,19 +45,19 @@ class KESTRELINK_TYPE XMLWrapperElement {
   /// Attributes by local name, in the order in which they are written out.
   using AttributeMap = std::vector<std::pair<std::string, std::shared_ptr<XMLWrapperAttribute>>>;
 
-  static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
 
   /// Builds an element of that class, and all below it, from a node of any kind except a namespace
   /// node.
-  static std::shared_ptr<XMLWrapperElement> initWithNode(
+  KESTRELINK_INTERNAL static std::shared_ptr<XMLWrapperElement> initWithNode(
       const XMLWrapperElementClass& asClass, const XmlNodeRef& node,
       const std::shared_ptr<XMLWrapperQuery>& query);
 
   /// A plain element made in memory, with these namespaces.
-  static std::shared_ptr<XMLWrapperElement> initWithTagName(std::string_view tagName,
-                                                            const NamespaceMap& namespaces = {});
+  KESTRELINK_INTERNAL static std::shared_ptr<XMLWrapperElement> initWithTagName(
+      std::string_view tagName, const NamespaceMap& namespaces = {});
 
-  XMLWrapperElement();
+  KESTRELINK_INTERNAL XMLWrapperElement();
   virtual ~XMLWrapperElement();
   XMLWrapperElement(const XMLWrapperElement&) = delete;
   XMLWrapperElement& operator=(const XMLWrapperElement&) = delete;
@@ -114,6 +115,8 @@ class KESTRELINK_TYPE XMLWrapperElement {
   /// order it removes all children.
   virtual void reorderChildElements();
 
+  /// What evaluates XPath on this element. `XMLWrapperQuery` has no public header: a client can
+  /// only pass it on, or set it to null, which ends XPath and the registration of prefixes.
   virtual const std::shared_ptr<XMLWrapperQuery>& query() const;
   virtual void setQuery(std::shared_ptr<XMLWrapperQuery> query);
 
@@ -129,7 +132,8 @@ class KESTRELINK_TYPE XMLWrapperElement {
   /// name. With a `childElementSequence` it calls `reorderChildElements`. Characters that XML
   /// forbids are written as U+FFFD. An attribute (`kXMLWrapperErrorAttributeNotWritten`) or
   /// namespace (`kXMLWrapperErrorNamespaceNotWritten`) whose name is not an XML name is left out,
-  /// as is everything below 1000 levels.
+  /// as is everything below 1000 levels. For the library alone: `DetachedNode` has no public
+  /// header, so a client cannot call it. Use `xmlString`.
   virtual DetachedNode xmlNode(ErrorOut error = nullptr);
   /// The element as indented XML text; the errors of `xmlNode` may be set although it is returned.
   /// `std::nullopt` when there is no node, and with `kXMLWrapperErrorNotWritten` when there is no
@@ -172,7 +176,7 @@ class KESTRELINK_TYPE XMLWrapperElement {
   std::optional<std::string> textContent_;
   AttributeMap attributes_;
   List elements_;
-  const XMLWrapperElementClass* class_ = &elementClass;
+  const XMLWrapperElementClass* class_;
 
   // Data read from the tree is shared by its elements, to save memory in large messages.
   std::shared_ptr<XMLTreeReading> reading_;  // null for an element made in memory

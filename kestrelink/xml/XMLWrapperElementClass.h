@@ -3,6 +3,8 @@
 #include <memory>
 #include <string_view>
 
+#include "kestrelink/platform/Export.h"
+
 namespace kestrelink {
 
 class XMLWrapperElement;
@@ -20,7 +22,7 @@ class XMLWrapperElementClass {
 
   std::string_view name() const { return name_; }
   /// A new instance; its `dynamicClass` is this.
-  std::shared_ptr<XMLWrapperElement> makeInstance() const;
+  KESTRELINK_INTERNAL std::shared_ptr<XMLWrapperElement> makeInstance() const;
 
  private:
   std::string_view name_;

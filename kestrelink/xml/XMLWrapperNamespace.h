@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "kestrelink/platform/Export.h"
 #include "kestrelink/xml/ErrorInfo.h"
 
 struct _xmlNode;
@@ -20,6 +21,7 @@ class XMLWrapperNamespace {
       : prefix_(std::move(prefix)), href_(std::move(href)) {}
 
   /// Reads a libxml2 namespace record.
+  KESTRELINK_NOT_EXPORTED("use the constructor")
   static std::shared_ptr<XMLWrapperNamespace> initWithNsNode(const _xmlNs* record);
 
   const std::optional<std::string>& prefix() const { return prefix_; }
@@ -31,6 +33,7 @@ class XMLWrapperNamespace {
   /// Declares the namespace on a node, which then owns the record. Without a node the caller owns
   /// the record. Null with `kXMLWrapperErrorNamespaceNotWritten` when it cannot be declared, as for
   /// a prefix that the node already declares.
+  KESTRELINK_NOT_EXPORTED("use the constructor")
   _xmlNs* xmlNsForNode(_xmlNode* node, ErrorOut error = nullptr) const;
 
  private:

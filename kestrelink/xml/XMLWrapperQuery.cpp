@@ -15,6 +15,18 @@
 #include "kestrelink/xml/libxml/LibxmlText.h"
 
 namespace kestrelink {
+namespace {
+
+// From an entity reference libxml2 walks into the document type declaration and from there back to
+// the document, so that an axis such as `following` would never end.
+void limitWalks(xmlXPathContext& evaluation) {
+  constexpr unsigned long kMostSteps = 1'000'000;
+  if (evaluation.doc != nullptr && evaluation.doc->intSubset != nullptr) {
+    evaluation.opLimit = kMostSteps;
+  }
+}
+
+}  // namespace
 
 void XMLWrapperQuery::registerNamespace(const XMLWrapperNamespace& ns) { bindXPathPrefixes({&ns}); }
 
@@ -44,6 +56,7 @@ std::optional<XMLWrapperQuery::Results> XMLWrapperQuery::executeXpathQuery(
     return failed(kXMLWrapperErrorXPathNotPrepared);
   }
 
+  limitWalks(*evaluation);
   const std::string expression(xpath);
   const bool cutOff = expression.find('\0') != std::string::npos;
   const XmlXPathObjectOwner result(

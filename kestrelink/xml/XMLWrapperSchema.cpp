@@ -15,6 +15,7 @@
 #include "kestrelink/xml/libxml/EntityLoader.h"
 #include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
 #include "kestrelink/xml/libxml/LibxmlSetup.h"
+#include "kestrelink/xml/libxml/LibxmlText.h"
 
 namespace kestrelink {
 namespace {
@@ -53,15 +54,6 @@ void XMLWSchemaValidityWarning(void* /*context*/, const char* message, ...) noex
   va_end(arguments);
 }
 
-std::string_view asItStands(const char* text) { return text == nullptr ? "" : text; }
-
-std::string describe(const xmlError& error) {
-  std::string line = "ERROR ";
-  line.append(std::to_string(error.code)).append(": ").append(asItStands(error.file));
-  line.append(" line ").append(std::to_string(error.line)).append(": ");
-  return line.append(asItStands(error.message)).append("\n");
-}
-
 /// Clears a document's URL while this object lives. For each error in a document with a URL, even
 /// an empty one, libxml2 walks over all earlier siblings of the node: quadratic time.
 class WithoutUrl {
@@ -71,19 +63,59 @@ class WithoutUrl {
   WithoutUrl(const WithoutUrl&) = delete;
   WithoutUrl& operator=(const WithoutUrl&) = delete;
 
+  std::string_view url() const { return viewOf(url_); }
+
  private:
   xmlDoc& doc_;
   decltype(xmlDoc::URL) url_;
 };
 
+/// The errors of one validation, one below the other. A hostile message can have an error in every
+/// byte, and each may quote a long name: what comes after the first megabyte is only counted.
+class ErrorDescription {
+ public:
+  explicit ErrorDescription(std::string_view url) : url_(url) {}
+
+  void add(const xmlError& error) {
+    if (isFull()) return;
+    text_.append("ERROR ").append(std::to_string(error.code)).append(": ");
+    text_.append(error.file == nullptr ? url_ : error.file);
+    text_.append(" line ").append(std::to_string(error.line)).append(": ");
+    text_.append(error.message == nullptr ? "" : error.message).append("\n");
+  }
+  void add(const char* format, va_list arguments) {
+    if (!isFull()) text_ += formatted(format, arguments);
+  }
+
+  std::string text() && {
+    if (more_ > 0) text_.append(std::to_string(more_)).append(" more errors\n");
+    return std::move(text_);
+  }
+
+ private:
+  bool isFull() {
+    constexpr std::size_t kMostBytes = 1'000'000;
+    if (text_.size() < kMostBytes) return false;
+    ++more_;
+    return true;
+  }
+
+  std::string_view url_;
+  std::string text_;
+  std::size_t more_ = 0;
+};
+
 void XMLWSchemaValidityErrorFunc(void* context, const char* message, ...) noexcept {
   if (message == nullptr) return;
-  auto& gathered = *static_cast<std::string*>(context);
+  auto& description = *static_cast<ErrorDescription*>(context);
   va_list arguments;
   va_start(arguments, message);
   try {
-    const xmlError* const last = libxmlLastError();
-    gathered += last != nullptr ? describe(*last) : formatted(message, arguments);
+    if (const xmlError* const last = libxmlLastError()) {
+      description.add(*last);
+    } else {
+      description.add(message, arguments);
+    }
   } catch (const std::bad_alloc&) {
     LibxmlErrorRoute::noteOutOfMemory();
   }
@@ -140,14 +172,12 @@ bool XMLWrapperSchema::validateDocument(xmlDoc* doc, ErrorOut error) const {
   route.throwIfOutOfMemory();
   if (!validator) return impossible(kSchemaContextFailure);
 
-  std::string gathered;
-  xmlSchemaSetValidErrors(validator.get(), &XMLWSchemaValidityErrorFunc, nullptr, &gathered);
-  const bool valid = [&] {
-    const WithoutUrl withoutUrl(*doc);
-    return xmlSchemaValidateDoc(validator.get(), doc) == 0;
-  }();
+  const WithoutUrl withoutUrl(*doc);
+  ErrorDescription description(withoutUrl.url());
+  xmlSchemaSetValidErrors(validator.get(), &XMLWSchemaValidityErrorFunc, nullptr, &description);
+  const bool valid = xmlSchemaValidateDoc(validator.get(), doc) == 0;
   route.throwIfOutOfMemory();
-  if (!valid) storeSchemaError(error, gathered);
+  if (!valid) storeSchemaError(error, std::move(description).text());
   return valid;
 }
 

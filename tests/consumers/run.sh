@@ -115,6 +115,12 @@ case $kind in
       compile "$program" "${flags[@]}" -o "$work/$program"
     done
     LD_LIBRARY_PATH=$prefix/lib run_both "$work" "$prefix/share"
+    # The compiler refuses what is not exported, and names the way out.
+    for use in kestrelink::SAMLSubject::createElement 'std::make_shared<kestrelink::SAMLSubject>'; do
+      if printf '%s\n' '#include <kestrelink/saml/KestrelinkSAML.h>' "auto made = $use();" |
+        "$cxx" -O0 -std=c++20 "${flags[@]}" -c -x c++ - -o "$work/refused.o" 2>"$work/log"; then exit 1; fi
+      grep -q 'not exported: create elements with standard::newElement' "$work/log"
+    done
     # An absolute library folder stays what it is.
     cmake -S "$source" -B "$work/absolute" -G Ninja -DKESTRELINK_BUILD_TESTS=OFF \
       -DKESTRELINK_BUILD_TOOLS=OFF -DCMAKE_INSTALL_LIBDIR=/opt/deep/lib \

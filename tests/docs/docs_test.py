@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Compiles every C++ block of the guides and of the public headers' comments, and follows every link.
+"""Compiles every C++ block of the guides and of the public headers' comments, follows every link, and compares what
+`describe` says with docs/rejected.md.
 
 docs_test.py COMPILER KSAML
 """
@@ -8,6 +9,7 @@ import re
 import shlex
 import subprocess
 import sys
+import tempfile
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 GUIDES = sorted([*ROOT.glob("*.md"), *ROOT.glob("docs/*.md")])
@@ -68,6 +70,12 @@ def anchor_of(heading):
     return re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-")
 
 
+def differing_clients():
+    client = (ROOT / "examples/client.cpp").read_text()
+    if not re.search(r"```cpp\n(.*?)```", (ROOT / "README.md").read_text(), re.S)[1] in client:
+        yield "README.md: its client is not examples/client.cpp"
+
+
 def broken_links():
     for guide in GUIDES:
         for link in re.findall(r"\]\(([^)\s]+)\)", guide.read_text()):
@@ -89,10 +97,48 @@ def failing_commands(ksaml):
                 yield f"{guide.relative_to(ROOT)}: there is no {script}"
 
 
+# Prints the row of docs/rejected.md for each error that `describe` knows.
+DESCRIBED = """
+#include <iostream>
+#include <kestrelink/saml/KestrelinkSAML.h>
+using namespace kestrelink;
+void print(const std::optional<ErrorInfo>& error) {
+  const auto sentence = describe(error);
+  if (sentence == "the error is unknown") return;
+  if (error) std::cout << "`" << error->domain << "` " << error->code << "\\t" << sentence << "\\n";
+  if (!error) std::cout << "null without an error\\t" << sentence << "\\n";
+}
+int main() {
+  print(std::nullopt);
+  for (const std::string_view domain : {kXMLWrapperErrorDomain, SAMLParserErrorDomain}) {
+    for (std::int64_t code = 0; code < 1000; ++code) print(ErrorInfo{std::string(domain), code, {}});
+  }
+  for (const char* description : {"ERROR 1872:", "ERROR 1:"}) {
+    print(ErrorInfo{std::string(kXMLWrapperErrorDomain), 100,
+                    {{std::string(kLocalizedDescriptionKey), description}}});
+  }
+}
+"""
+
+
+def misdescribed(compiler, ksaml):
+    library = pathlib.Path(ksaml).parents[1] / "lib"
+    with tempfile.TemporaryDirectory() as folder:
+        program = f"{folder}/described"
+        subprocess.run([*shlex.split(compiler), "-std=c++20", "-I", ROOT, "-x", "c++", "-", "-x", "none", "-L", library,
+                        "-lkestrelink-saml", f"-Wl,-rpath,{library}", "-o", program], input=DESCRIBED, text=True,
+                       check=True)
+        said = set(subprocess.run([program], capture_output=True, text=True, check=True).stdout.splitlines())
+    page = (ROOT / "docs/rejected.md").read_text()
+    rows = re.findall(r"^\| (`\w+` \d+|null without an error) \|.*\| (.*) \|$", page, re.M)
+    for row in sorted(said ^ {"\t".join(row) for row in rows}):
+        yield f"docs/rejected.md or describe lacks: {row}"
+
+
 def main():
     compiler, ksaml = sys.argv[1:]
     found = list(blocks())
-    wrong = [*broken_links(), *failing_commands(ksaml)]
+    wrong = [*differing_clients(), *broken_links(), *failing_commands(ksaml), *misdescribed(compiler, ksaml)]
     print("\n".join(wrong))
     print(f"{len(found)} blocks of C++ in {len({file for file, _ in found})} files")
     return 0 if compiles(compiler, found) and not wrong else 1

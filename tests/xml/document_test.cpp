@@ -76,19 +76,19 @@ TEST(Document, ParsingAnewLeavesEarlierElementsSafe) {
   EXPECT_EQ(text(error), "XMLWrapperErrorDomain 100");
 }
 
-TEST(Document, ThousandsOfNamespacesCostNoElementAnything) {
+TEST(Document, HundredsOfNamespacesCostNoElementAnything) {
   std::string xml = "<r";
-  for (int n = 0; n < 3000; ++n) xml += " xmlns:p" + std::to_string(n) + "='u'";
+  for (int n = 0; n < 300; ++n) xml += " xmlns:p" + std::to_string(n) + "='u'";
   xml += ">";
-  for (int n = 0; n < 3000; ++n) xml += "<p" + std::to_string(n) + ":c/>";
+  for (int n = 0; n < 300; ++n) xml += "<p" + std::to_string(n) + ":c/>";
   const auto element = root(xml + "</r>");
-  EXPECT_EQ(element->elements().front()->namespaces().size(), 3000u);
+  EXPECT_EQ(element->elements().front()->namespaces().size(), 300u);
   EXPECT_EQ(element->elements().back()->namespaces().size(), 1u);
   // Nor the elements that a query finds.
   const auto doc = read(xml + "</r>");
   const auto found = doc->getResultsByXpathQuery("*");
-  ASSERT_EQ(found->size(), 3000u);
-  EXPECT_EQ(&found->front()->namespaces().at(2999), &found->back()->namespaces().at(0));
+  ASSERT_EQ(found->size(), 300u);
+  EXPECT_EQ(&found->front()->namespaces().at(299), &found->back()->namespaces().at(0));
 }
 
 }  // namespace

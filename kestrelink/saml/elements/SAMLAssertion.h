@@ -15,9 +15,9 @@ class SAMLAdvice;
 /// "Assertion" (SAML 2.0 core, section 2.3.3).
 class KESTRELINK_TYPE SAMLAssertion : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
   /// An empty assertion, without "ID", "Version" and "IssueInstant".
-  static std::shared_ptr<SAMLAssertion> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLAssertion> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
   virtual std::optional<SAMLDate> issueInstant() const;

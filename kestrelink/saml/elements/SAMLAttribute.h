@@ -7,8 +7,8 @@ namespace kestrelink {
 /// "Attribute" (SAML 2.0 core, section 2.7.3.1): granted in a response, asked for in a query.
 class KESTRELINK_TYPE SAMLAttribute : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLAttribute> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLAttribute> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> name() const;
   virtual void setName(std::string_view name);

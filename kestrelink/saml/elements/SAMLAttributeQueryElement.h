@@ -11,9 +11,10 @@ namespace kestrelink {
 /// on behalf of a channel, whose identifier is the "Issuer".
 class KESTRELINK_TYPE SAMLAttributeQueryElement : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
   /// A query with a new identifier ("_" and a UUID) and the current time as "IssueInstant".
-  static std::shared_ptr<SAMLAttributeQueryElement> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLAttributeQueryElement> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
   virtual std::optional<SAMLDate> issueInstant() const;

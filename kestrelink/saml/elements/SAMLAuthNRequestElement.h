@@ -11,9 +11,10 @@ namespace kestrelink {
 /// "NameIdPolicy".
 class KESTRELINK_TYPE SAMLNameIdPolicy : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
   /// A policy with the transient format and "AllowCreate" false.
-  static std::shared_ptr<SAMLNameIdPolicy> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLNameIdPolicy> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<std::string> format() const;
   virtual std::optional<std::string> allowCreation() const;  // the text of "AllowCreate"
@@ -22,8 +23,9 @@ class KESTRELINK_TYPE SAMLNameIdPolicy : public SAMLBaseElement {
 /// "RequestedAuthnContext" (SAML 2.0 core, section 3.3.2.2.1).
 class KESTRELINK_TYPE SAMLRequestedAuthNContext : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLRequestedAuthNContext> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLRequestedAuthNContext> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<std::string> comparison() const;
   /// Looked up with the prefix, as "saml:AuthnContextClassRef" and "saml:AuthnContextDeclRef":
@@ -35,8 +37,8 @@ class KESTRELINK_TYPE SAMLRequestedAuthNContext : public SAMLBaseElement {
 /// "IDPEntry" (SAML 2.0 core, section 3.4.1.3.1).
 class KESTRELINK_TYPE SAMLIDPEntry : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLIDPEntry> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLIDPEntry> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> providerId() const;
   virtual std::optional<std::string> name() const;
@@ -46,8 +48,8 @@ class KESTRELINK_TYPE SAMLIDPEntry : public SAMLBaseElement {
 /// "Scoping" (SAML 2.0 core, section 3.4.1.2).
 class KESTRELINK_TYPE SAMLScoping : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLScoping> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLScoping> createElement(ErrorOut error = nullptr);
 
   /// Appends a "RequesterID", written without a namespace.
   virtual void addRequesterId(std::string_view requesterId);
@@ -60,10 +62,11 @@ class KESTRELINK_TYPE SAMLScoping : public SAMLBaseElement {
 /// "AuthnRequest" (SAML 2.0 core, section 3.4.1): asks a provider to sign the subscriber in.
 class KESTRELINK_TYPE SAMLAuthNRequestElement : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
   /// A request with a new identifier ("_" and a UUID), the current time as "IssueInstant", and the
   /// default name identifier policy.
-  static std::shared_ptr<SAMLAuthNRequestElement> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLAuthNRequestElement> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
   virtual std::optional<SAMLDate> issueInstant() const;

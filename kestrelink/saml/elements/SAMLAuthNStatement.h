@@ -7,8 +7,9 @@ namespace kestrelink {
 /// "AuthnStatement" (SAML 2.0 core, section 2.7.2).
 class KESTRELINK_TYPE SAMLAuthNStatement : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLAuthNStatement> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLAuthNStatement> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<SAMLDate> authnInstant() const;
   virtual std::optional<std::string> sessionIndex() const;

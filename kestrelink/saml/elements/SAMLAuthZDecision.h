@@ -10,8 +10,9 @@ class SAMLEvidence;
 /// "AuthzDecisiontStatement". Kept as it is spelt: providers send it so.
 class KESTRELINK_TYPE SAMLAuthZDecision : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLAuthZDecision> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLAuthZDecision> createElement(
+      ErrorOut error = nullptr);
 
   /// "Permit", "Deny" or "Indeterminate", as sent.
   virtual std::optional<std::string> decision() const;

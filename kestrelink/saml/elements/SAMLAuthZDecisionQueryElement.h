@@ -12,10 +12,11 @@ namespace kestrelink {
 /// "Issuer".
 class KESTRELINK_TYPE SAMLAuthZDecisionQueryElement : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
   /// A query with a new identifier ("_" and a UUID) and the current time as "IssueInstant", without
   /// an action.
-  static std::shared_ptr<SAMLAuthZDecisionQueryElement> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLAuthZDecisionQueryElement> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
   virtual std::optional<SAMLDate> issueInstant() const;

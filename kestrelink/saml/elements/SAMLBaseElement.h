@@ -27,11 +27,12 @@ using Bytes = std::vector<std::uint8_t>;
 /// internal and not exported: see `XMLWrapperElement`.
 class KESTRELINK_TYPE SAMLBaseElement : public XMLWrapperElement {
  public:
-  static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
 
   /// Always null with `kSAMLParserErrorNoMaker`. Classes whose elements can be created have their
   /// own `createElement`.
-  static std::shared_ptr<SAMLBaseElement> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLBaseElement> createElement(
+      ErrorOut error = nullptr);
 
  protected:
   void readNode(_xmlNode* node, XMLTreeReading& reading) override;

@@ -7,8 +7,9 @@ namespace kestrelink {
 /// "Conditions" of an assertion (SAML 2.0 core, section 2.5.1).
 class KESTRELINK_TYPE SAMLConditions : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLConditions> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLConditions> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<SAMLDate> notBefore() const;
   virtual std::optional<SAMLDate> notOnOrAfter() const;

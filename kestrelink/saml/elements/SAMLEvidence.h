@@ -9,8 +9,8 @@ class SAMLAssertion;
 /// Evidence for a decision (SAML 2.0 core, section 2.7.4.3), named "Element".
 class KESTRELINK_TYPE SAMLEvidence : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLEvidence> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLEvidence> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> assertionIdRef() const;
   virtual std::optional<std::string> assertionURIRef() const;
@@ -20,8 +20,8 @@ class KESTRELINK_TYPE SAMLEvidence : public SAMLBaseElement {
 /// "Advice" in an assertion (SAML 2.0 core, section 2.6.1).
 class KESTRELINK_TYPE SAMLAdvice : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLAdvice> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLAdvice> createElement(ErrorOut error = nullptr);
 
   virtual std::shared_ptr<SAMLAssertion> assertion() const;
   virtual void setAssertion(const std::shared_ptr<SAMLAssertion>& assertion);

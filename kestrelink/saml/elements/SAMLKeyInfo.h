@@ -8,8 +8,9 @@ namespace kestrelink {
 /// "DSAKeyValue".
 class KESTRELINK_TYPE SAMLDSAKeyValue : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLDSAKeyValue> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLDSAKeyValue> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<Bytes> p() const;
   virtual std::optional<Bytes> q() const;
@@ -23,8 +24,9 @@ class KESTRELINK_TYPE SAMLDSAKeyValue : public SAMLBaseElement {
 /// "RSAKeyValue".
 class KESTRELINK_TYPE SAMLRSAKeyValue : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLRSAKeyValue> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLRSAKeyValue> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<Bytes> modulus() const;
   virtual std::optional<Bytes> exponent() const;
@@ -33,8 +35,9 @@ class KESTRELINK_TYPE SAMLRSAKeyValue : public SAMLBaseElement {
 /// "KeyValue".
 class KESTRELINK_TYPE SAMLSignatureKeyValue : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLSignatureKeyValue> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLSignatureKeyValue> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::shared_ptr<SAMLDSAKeyValue> dsaKeyValue() const;
   virtual std::shared_ptr<SAMLRSAKeyValue> rsaKeyValue() const;
@@ -44,8 +47,8 @@ class KESTRELINK_TYPE SAMLSignatureKeyValue : public SAMLBaseElement {
 /// is `std::nullopt` for a parsed message; use `firstElementByTagName("X509Certificate")`.
 class KESTRELINK_TYPE SAMLX509Data : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLX509Data> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLX509Data> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> issuerName() const;
   virtual std::optional<double> serialNumber() const;
@@ -58,8 +61,8 @@ class KESTRELINK_TYPE SAMLX509Data : public SAMLBaseElement {
 /// "PGPData". Looked up with a prefix too ("ds:PGPKeyID"): `std::nullopt` for a parsed message.
 class KESTRELINK_TYPE SAMLPGPData : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLPGPData> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLPGPData> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<Bytes> keyId() const;
   virtual std::optional<Bytes> packet() const;
@@ -68,8 +71,9 @@ class KESTRELINK_TYPE SAMLPGPData : public SAMLBaseElement {
 /// "RetrievalMethod".
 class KESTRELINK_TYPE SAMLKeyRetrievalMethod : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLKeyRetrievalMethod> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLKeyRetrievalMethod> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<std::string> uri() const;
   virtual std::optional<std::string> type() const;
@@ -79,8 +83,8 @@ class KESTRELINK_TYPE SAMLKeyRetrievalMethod : public SAMLBaseElement {
 /// "KeyInfo".
 class KESTRELINK_TYPE SAMLKeyInfo : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLKeyInfo> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLKeyInfo> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
   virtual std::optional<std::string> keyName() const;

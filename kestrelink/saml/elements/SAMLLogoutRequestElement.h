@@ -9,10 +9,11 @@ namespace kestrelink {
 /// "LogoutRequest" (SAML 2.0 core, section 3.7.1): ends the subscriber's session at the provider.
 class KESTRELINK_TYPE SAMLLogoutRequestElement : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
   /// A request with a new identifier and the current time as "IssueInstant". The identifier is a
   /// UUID without the "_" of the other requests; providers match it as it is.
-  static std::shared_ptr<SAMLLogoutRequestElement> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLLogoutRequestElement> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
   virtual std::optional<SAMLDate> issueInstant() const;

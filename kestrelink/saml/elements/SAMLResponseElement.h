@@ -12,8 +12,9 @@ class KESTRELINK_TYPE SAMLResponseElement : public SAMLBaseElement {
  public:
   using Assertions = std::vector<std::shared_ptr<SAMLAssertion>>;
 
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLResponseElement> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLResponseElement> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;      // "ID"
   virtual std::optional<std::string> relatedRequest() const;  // "InResponseTo"
@@ -40,7 +41,7 @@ class KESTRELINK_TYPE SAMLResponseElement : public SAMLBaseElement {
 /// "LogoutResponse" (SAML 2.0 core, section 3.7.2). It has no assertions.
 class KESTRELINK_TYPE SAMLLogoutResponseElement : public SAMLResponseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
 
   std::optional<Assertions> assertions() const override;
   bool assertionMeetsConditions(ErrorOut error = nullptr) const override;

@@ -11,8 +11,9 @@ class SAMLKeyInfo;
 /// "Reference": what is signed, and its digest.
 class KESTRELINK_TYPE SAMLSignatureReference : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLSignatureReference> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLSignatureReference> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
   virtual std::optional<std::string> uri() const;
@@ -26,8 +27,9 @@ class KESTRELINK_TYPE SAMLSignatureReference : public SAMLBaseElement {
 /// "SignedInfo".
 class KESTRELINK_TYPE SAMLSignedInfo : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLSignedInfo> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLSignedInfo> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
   virtual std::optional<std::string> canonicalizationMethod() const;
@@ -45,8 +47,8 @@ class KESTRELINK_TYPE SAMLSignedInfo : public SAMLBaseElement {
 /// "Signature".
 class KESTRELINK_TYPE SAMLSignature : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLSignature> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLSignature> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> identifier() const;  // "ID"
   virtual std::shared_ptr<SAMLSignedInfo> signedInfo() const;

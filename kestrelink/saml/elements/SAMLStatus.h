@@ -7,8 +7,9 @@ namespace kestrelink {
 /// "StatusCode" (SAML 2.0 core, section 3.2.2.2); a nested code refines it.
 class KESTRELINK_TYPE SAMLStatusCode : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLStatusCode> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLStatusCode> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<std::string> value() const;
   virtual std::shared_ptr<SAMLStatusCode> statusCode() const;
@@ -17,8 +18,8 @@ class KESTRELINK_TYPE SAMLStatusCode : public SAMLBaseElement {
 /// "Status" (SAML 2.0 core, section 3.2.2.1).
 class KESTRELINK_TYPE SAMLStatus : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLStatus> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLStatus> createElement(ErrorOut error = nullptr);
 
   virtual std::shared_ptr<SAMLStatusCode> statusCode() const;
   /// Looked up with the prefix, as "samlp:StatusMessage" and "samlp:StatusDetail": `std::nullopt`

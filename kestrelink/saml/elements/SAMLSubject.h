@@ -8,8 +8,8 @@ namespace kestrelink {
 /// plain element. The identifier itself is the element's `textContent`.
 class KESTRELINK_TYPE SAMLNameId : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLNameId> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLNameId> createElement(ErrorOut error = nullptr);
 
   virtual std::optional<std::string> nameQualifier() const;
   virtual std::optional<std::string> spNameQualifier() const;
@@ -21,8 +21,9 @@ class KESTRELINK_TYPE SAMLNameId : public SAMLBaseElement {
 /// "SubjectConfirmationData". The library checks none of them.
 class KESTRELINK_TYPE SAMLSubjectConfirmation : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLSubjectConfirmation> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLSubjectConfirmation> createElement(
+      ErrorOut error = nullptr);
 
   virtual std::optional<std::string> method() const;
   virtual std::shared_ptr<SAMLNameId> nameId() const;
@@ -41,8 +42,8 @@ class KESTRELINK_TYPE SAMLSubjectConfirmation : public SAMLBaseElement {
 /// "Subject" (SAML 2.0 core, section 2.4.1).
 class KESTRELINK_TYPE SAMLSubject : public SAMLBaseElement {
  public:
-  static const XMLWrapperElementClass elementClass;
-  static std::shared_ptr<SAMLSubject> createElement(ErrorOut error = nullptr);
+  KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
+  KESTRELINK_INTERNAL static std::shared_ptr<SAMLSubject> createElement(ErrorOut error = nullptr);
 
   /// The first "NameId". For the standard's "NameID" use `standard::nameIdOf`.
   virtual std::shared_ptr<SAMLNameId> nameId() const;

@@ -45,8 +45,9 @@ class KESTRELINK_EXPORT SAMLAttributeQuery : public XMLWrapperDoc {
   void setRequestElement(std::shared_ptr<SAMLAttributeQueryElement> element);
 
   std::optional<std::string> channelId() const;
-  /// Sets the subject to that of a response, given as XML text. Does nothing when the text yields
-  /// no subject.
+  /// Sets the subject to that of a response, given as XML text. The response is read without
+  /// a schema and is not validated: give it one that `parseResponse` accepted. Does nothing when
+  /// the text yields no subject; `standard::setSubjectFrom` says whether there was one.
   void setSubjectFromResponse(std::string_view response);
   /// Asks for the attribute of that name, and only for those values when there are any. Asking
   /// twice writes it twice.

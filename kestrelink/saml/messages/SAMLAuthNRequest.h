@@ -48,8 +48,9 @@ class KESTRELINK_EXPORT SAMLAuthNRequest : public XMLWrapperDoc {
   void setForceAuthN(bool force);
   /// Writes the attribute "ProviderID".
   void setProviderName(std::string_view name);
-  /// Adds the subject of a response, given as XML text; earlier subjects stay. Does nothing when
-  /// the text yields no subject.
+  /// Adds the subject of a response, given as XML text; earlier subjects stay. The response is read
+  /// without a schema and is not validated: give it one that `parseResponse` accepted. Does nothing
+  /// when the text yields no subject; `standard::setSubjectFrom` says whether there was one.
   void setSubjectFromResponse(std::string_view response);
 
  private:

@@ -20,20 +20,15 @@
 namespace kestrelink {
 namespace {
 
-constexpr std::size_t kMostAttributesOfATag = 5'000;
-constexpr std::size_t kMostBytesWithDocumentType = 16'384;
-constexpr int kMostEntityReferences = 100;
-constexpr std::uint64_t kComparisonsOfAnyMessage = 100'000'000;
-constexpr std::uint64_t kComparisonsPerByte = 20;
-
-// Attributes that the schemas or XML declare as type ID.
-bool isNameOfIdentifiers(std::string_view name) {
-  return name == "ID" || name == "Id" || name == "id";
+// Attributes that the schemas or XML declare as type ID: "ID", "Id" and "id".
+bool isNameOfIdentifiers(const xmlChar* name) {
+  return (name[0] == 'I' || name[0] == 'i') && (name[1] == 'D' || name[1] == 'd') && name[2] == 0;
 }
 
 class Parser {
  public:
-  explicit Parser(const std::string& bytes) : bytes_(bytes), parser_(xmlNewParserCtxt()) {}
+  Parser(const std::string& bytes, MessageCost& cost)
+      : bytes_(bytes), cost_(cost), parser_(xmlNewParserCtxt()) {}
 
   XmlDocOwner parse();
 
@@ -45,18 +40,28 @@ class Parser {
   static void startDocument(void* context) noexcept;
   static void internalSubset(void* context, const xmlChar* name, const xmlChar* publicId,
                              const xmlChar* systemId) noexcept;
+  static void externalSubset(void* context, const xmlChar* name, const xmlChar* publicId,
+                             const xmlChar* systemId) noexcept;
+  static xmlEntity* entity(void* context, const xmlChar* name) noexcept;
+  static xmlEntity* parameterEntity(void* context, const xmlChar* name) noexcept;
   static void reference(void* context, const xmlChar* name) noexcept;
   static void startElement(void* context, const xmlChar* name, const xmlChar* prefix,
                            const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
                            int attributeCount, int defaultedCount,
                            const xmlChar** attributes) noexcept;
-  void count(const xmlParserCtxt& parser, const xmlChar** attributes, int count);
+  static void endElement(void* context, const xmlChar* name, const xmlChar* prefix,
+                         const xmlChar* uri) noexcept;
+  static void characters(void* context, const xmlChar* text, int length) noexcept;
+  static void cdata(void* context, const xmlChar* text, int length) noexcept;
+  static void comment(void* context, const xmlChar* text) noexcept;
+  static void instruction(void* context, const xmlChar* target, const xmlChar* data) noexcept;
+
+  void countTag(const xmlParserCtxt& parser, const xmlChar* name, const xmlChar* prefix,
+                const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
+                int attributeCount, const xmlChar** attributes);
+  std::uint64_t countAttributes(const xmlParserCtxt& parser, const xmlChar** attributes, int count);
   void countReferences(const xmlParserCtxt& parser, std::string_view value);
   void countReference(const xmlParserCtxt& parser, const xmlChar* name);
-  void refuse(xmlParserCtxt* context) {
-    refused_ = true;
-    xmlStopParser(context);
-  }
   // In a callback, through which nothing may be thrown.
   static void stopOutOfMemory(xmlParserCtxt* context) noexcept {
     LibxmlErrorRoute::noteOutOfMemory();
@@ -64,25 +69,35 @@ class Parser {
   }
 
   const std::string& bytes_;
+  MessageCost& cost_;
   XmlParserOwner parser_;
-  std::uint64_t comparisons_ = 0;
   std::uint64_t identifiers_ = 0;
-  int references_ = 0;
   bool hasDocumentType_ = false;
-  bool refused_ = false;
+  bool isInDocumentType_ = false;
 };
 
 XmlDocOwner Parser::parse() {
   if (!parser_) return nullptr;
   parser_->_private = this;
-  parser_->sax->startDocument = &startDocument;
-  parser_->sax->internalSubset = &internalSubset;
-  parser_->sax->reference = &reference;
-  parser_->sax->startElementNs = &startElement;
+  xmlSAXHandler& handler = *parser_->sax;
+  handler.startDocument = &startDocument;
+  handler.internalSubset = &internalSubset;
+  handler.externalSubset = &externalSubset;
+  handler.getEntity = &entity;
+  handler.getParameterEntity = &parameterEntity;
+  handler.reference = &reference;
+  handler.startElementNs = &startElement;
+  handler.endElementNs = &endElement;
+  handler.characters = handler.ignorableWhitespace = &characters;
+  handler.cdataBlock = &cdata;
+  handler.comment = &comment;
+  handler.processingInstruction = &instruction;
   XmlDocOwner doc(xmlCtxtReadMemory(parser_.get(), bytes_.data(), static_cast<int>(bytes_.size()),
                                     "", nullptr, XML_PARSE_RECOVER));
-  if (!refused_) return doc;
-  logDiagnostic("A message that would take libxml2 too much time or memory was refused");
+  const MessageCost::Allowance* const exceeded = cost_.exceeded();
+  if (exceeded == nullptr) return doc;
+  logDiagnostic(std::string("A message that would take too much time or memory was refused: ") +
+                exceeded->of);
   return nullptr;
 }
 
@@ -90,10 +105,12 @@ XmlDocOwner Parser::parse() {
 void Parser::startDocument(void* context) noexcept {
   auto* const parser = static_cast<xmlParserCtxt*>(context);
   Parser& self = of(context);
+  const std::size_t most = self.cost_.allowed(MessageCost::attributesOfATag);
   try {
-    if (mayHoldTagWithMoreAttributes(self.bytes_.size(), kMostAttributesOfATag) &&
-        hasTagWithMoreAttributes(libxmlTextAhead(*parser->input), kMostAttributesOfATag)) {
-      return self.refuse(parser);
+    if (mayHoldTagWithMoreAttributes(self.bytes_.size(), most) &&
+        hasTagWithMoreAttributes(libxmlTextAhead(*parser->input), most)) {
+      self.cost_.add(MessageCost::attributesOfATag, most + 1);
+      return xmlStopParser(parser);
     }
   } catch (const std::bad_alloc&) {
     return stopOutOfMemory(parser);
@@ -104,18 +121,42 @@ void Parser::startDocument(void* context) noexcept {
 void Parser::internalSubset(void* context, const xmlChar* name, const xmlChar* publicId,
                             const xmlChar* systemId) noexcept {
   Parser& self = of(context);
-  self.hasDocumentType_ = true;
-  if (self.bytes_.size() > kMostBytesWithDocumentType) {
-    return self.refuse(static_cast<xmlParserCtxt*>(context));
-  }
+  self.hasDocumentType_ = self.isInDocumentType_ = true;
+  self.cost_.add(MessageCost::bytesWithDocumentType, self.bytes_.size());
+  if (self.cost_.exceeded() != nullptr) return xmlStopParser(static_cast<xmlParserCtxt*>(context));
   xmlSAX2InternalSubset(context, name, publicId, systemId);
+}
+
+// Called after the internal subset, whether there is an external one or not.
+void Parser::externalSubset(void* context, const xmlChar* name, const xmlChar* publicId,
+                            const xmlChar* systemId) noexcept {
+  of(context).isInDocumentType_ = false;
+  xmlSAX2ExternalSubset(context, name, publicId, systemId);
+}
+
+// Stopping the parser inside a document type declaration would not end it: libxml2 2.9 goes on to
+// skip blanks. An unknown entity has no content, so it soon comes to the first tag, which stops it.
+xmlEntity* Parser::entity(void* context, const xmlChar* name) noexcept {
+  Parser& self = of(context);
+  if (self.isInDocumentType_) {
+    self.cost_.add(MessageCost::entitiesLookedUp, 1);
+    if (self.cost_.exceeded() != nullptr) return nullptr;
+  }
+  return xmlSAX2GetEntity(context, name);
+}
+
+xmlEntity* Parser::parameterEntity(void* context, const xmlChar* name) noexcept {
+  Parser& self = of(context);
+  self.cost_.add(MessageCost::entitiesLookedUp, 1);
+  return self.cost_.exceeded() != nullptr ? nullptr : xmlSAX2GetParameterEntity(context, name);
 }
 
 void Parser::reference(void* context, const xmlChar* name) noexcept {
   auto* const parser = static_cast<xmlParserCtxt*>(context);
   Parser& self = of(context);
   self.countReference(*parser, name);
-  if (self.references_ > kMostEntityReferences) return self.refuse(parser);
+  self.cost_.endPiece();
+  if (self.cost_.exceeded() != nullptr) return xmlStopParser(parser);
   xmlSAX2Reference(context, name);
 }
 
@@ -126,29 +167,74 @@ void Parser::startElement(void* context, const xmlChar* name, const xmlChar* pre
   auto* const parser = static_cast<xmlParserCtxt*>(context);
   Parser& self = of(context);
   try {
-    self.count(*parser, attributes, attributeCount);
+    self.countTag(*parser, name, prefix, uri, namespaceCount, namespaces, attributeCount,
+                  attributes);
   } catch (const std::bad_alloc&) {
     return stopOutOfMemory(parser);
   }
-  self.comparisons_ +=
-      libxmlComparisons(*parser, namespaceCount, attributeCount, self.identifiers_);
-  if (self.comparisons_ > kComparisonsOfAnyMessage + kComparisonsPerByte * self.bytes_.size() ||
-      self.references_ > kMostEntityReferences) {
-    return self.refuse(parser);
-  }
+  if (self.cost_.exceeded() != nullptr) return xmlStopParser(parser);
   xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, attributeCount,
                         defaultedCount, attributes);
 }
 
+void Parser::endElement(void* context, const xmlChar* name, const xmlChar* prefix,
+                        const xmlChar* uri) noexcept {
+  of(context).cost_.endTag();
+  xmlSAX2EndElementNs(context, name, prefix, uri);
+}
+
+void Parser::characters(void* context, const xmlChar* text, int length) noexcept {
+  of(context).cost_.text(static_cast<std::size_t>(length));
+  xmlSAX2Characters(context, text, length);
+}
+
+void Parser::cdata(void* context, const xmlChar* text, int length) noexcept {
+  MessageCost& cost = of(context).cost_;
+  cost.endPiece();
+  cost.text(static_cast<std::size_t>(length));
+  cost.endPiece();
+  xmlSAX2CDataBlock(context, text, length);
+}
+
+void Parser::comment(void* context, const xmlChar* text) noexcept {
+  of(context).cost_.endPiece();
+  xmlSAX2Comment(context, text);
+}
+
+void Parser::instruction(void* context, const xmlChar* target, const xmlChar* data) noexcept {
+  of(context).cost_.endPiece();
+  xmlSAX2ProcessingInstruction(context, target, data);
+}
+
+void Parser::countTag(const xmlParserCtxt& parser, const xmlChar* name, const xmlChar* prefix,
+                      const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
+                      int attributeCount, const xmlChar** attributes) {
+  for (int index = 0; index < namespaceCount; ++index) {
+    const xmlChar* const* const declared = namespaces + std::ptrdiff_t{2} * index;
+    cost_.declare(declared[0], declared[1]);
+  }
+  const std::uint64_t bytesOfPrefixes =
+      cost_.lengthOf(prefix) + countAttributes(parser, attributes, attributeCount);
+  cost_.startTag(name, uri);
+  cost_.add(MessageCost::comparisons, libxmlComparisons(parser, namespaceCount, attributeCount,
+                                                        bytesOfPrefixes, identifiers_));
+}
+
 // libxml2 passes each attribute as five pointers: local name, prefix, URI, start and end of value.
-void Parser::count(const xmlParserCtxt& parser, const xmlChar** attributes, int count) {
+// Returns the bytes of all prefixes.
+std::uint64_t Parser::countAttributes(const xmlParserCtxt& parser, const xmlChar** attributes,
+                                      int count) {
+  std::uint64_t bytesOfPrefixes = 0;
   for (int index = 0; index < count; ++index) {
     const xmlChar* const* const attribute = attributes + std::ptrdiff_t{5} * index;
-    if (isNameOfIdentifiers(viewOf(attribute[0]))) ++identifiers_;
+    cost_.attribute(attribute[0], attribute[2]);
+    bytesOfPrefixes += cost_.lengthOf(attribute[1]);
+    if (isNameOfIdentifiers(attribute[0])) ++identifiers_;
     if (!hasDocumentType_) continue;
     const auto length = static_cast<std::size_t>(attribute[4] - attribute[3]);
     countReferences(parser, viewOf(attribute[3]).substr(0, length));
   }
+  return bytesOfPrefixes;
 }
 
 void Parser::countReferences(const xmlParserCtxt& parser, std::string_view value) {
@@ -163,18 +249,25 @@ void Parser::countReferences(const xmlParserCtxt& parser, std::string_view value
 // Only declared entities count: not predefined ones, character references or unknown names.
 void Parser::countReference(const xmlParserCtxt& parser, const xmlChar* name) {
   const xmlEntity* const entity = xmlGetDocEntity(parser.myDoc, name);
-  if (entity != nullptr && entity->etype != XML_INTERNAL_PREDEFINED_ENTITY) ++references_;
+  if (entity != nullptr && entity->etype != XML_INTERNAL_PREDEFINED_ENTITY) {
+    cost_.add(MessageCost::entityReferences, 1);
+  }
 }
 
 }  // namespace
 
-XmlDocOwner boundedParse(const std::string& bytes) {
+XmlDocOwner boundedParse(const std::string& bytes, MessageCost& cost) {
   if (bytes.size() > INT_MAX) return nullptr;
   ensureLibxmlParser();
   const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
-  XmlDocOwner doc = Parser(bytes).parse();
+  XmlDocOwner doc = Parser(bytes, cost).parse();
   route.throwIfOutOfMemory();  // recovery mode returns a partial tree
   return doc;
+}
+
+XmlDocOwner boundedParse(const std::string& bytes) {
+  MessageCost cost(bytes.size());
+  return boundedParse(bytes, cost);
 }
 
 }  // namespace kestrelink

@@ -81,10 +81,10 @@ inline std::string_view libxmlTextAhead(xmlParserInput& input) noexcept {
 /// The comparisons that libxml2 makes for one tag: each attribute and namespace with those before
 /// it, each prefix with the namespaces in scope, and each name and identifier with the entries of a
 /// hash chain. The number of chains is fixed. An entry of a chain counts as `kFarApart`
-/// comparisons, because it lies far from the one before it in memory. The products need
-/// 64 bits.
+/// comparisons, because it lies far from the one before it in memory. Prefixes are compared byte by
+/// byte, and may begin alike. The products need 64 bits.
 inline std::uint64_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceCount,
-                                       int attributeCount,
+                                       int attributeCount, std::uint64_t bytesOfPrefixes,
                                        std::uint64_t identifiersOfMessage) noexcept {
   const auto namespaces = static_cast<std::uint64_t>(namespaceCount);
   const auto attributes = static_cast<std::uint64_t>(attributeCount);
@@ -96,14 +96,15 @@ inline std::uint64_t libxmlComparisons(const xmlParserCtxt& parser, int namespac
   constexpr std::uint64_t kListsOfIdentifiers = 16384;
   const std::uint64_t identifiersInList = identifiersOfMessage / kListsOfIdentifiers;
   return (namespaces * namespaces + attributes * attributes) / 2 +
-         (inScope + kFarApart * inList) * (attributes + 1) + kFarApart * identifiersInList;
+         (inScope + kFarApart * inList) * (attributes + 1) + inScope * (bytesOfPrefixes / 4) +
+         kFarApart * identifiersInList;
 }
 
 #else  // hash tables from here on
 
 inline std::string_view libxmlTextAhead(const xmlParserInput& /*input*/) noexcept { return {}; }
 inline std::uint64_t libxmlComparisons(const xmlParserCtxt& /*parser*/, int /*namespaceCount*/,
-                                       int /*attributeCount*/,
+                                       int /*attributeCount*/, std::uint64_t /*bytesOfPrefixes*/,
                                        std::uint64_t /*identifiersOfMessage*/) noexcept {
   return 0;
 }

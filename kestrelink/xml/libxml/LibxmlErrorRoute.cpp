@@ -77,8 +77,11 @@ void LibxmlErrorRoute::generic(void* route, const char* /*format*/, ...) noexcep
 
 void LibxmlErrorRoute::report(const xmlError& error) noexcept {
   // An attribute that is too long is reported twice, the second time as out of memory.
-  const bool isTooLong = isLimit(error) || lastReported_[1] == XML_ERR_ATTRIBUTE_NOT_FINISHED;
-  if (error.code == XML_ERR_NO_MEMORY && !isTooLong) outOfMemory_ = true;
+  // Looks at the code first: a text can be long, and there can be very many.
+  if (error.code == XML_ERR_NO_MEMORY && lastReported_[1] != XML_ERR_ATTRIBUTE_NOT_FINISHED &&
+      !isLimit(error)) {
+    outOfMemory_ = true;
+  }
   lastReported_ = identityOf(error);
   if (++count_ > kMostLines) return;
   logNumbers("libxml2: error domain %d code %d line %d", error.domain, error.code, error.line);

@@ -45,17 +45,18 @@ constexpr Section kCdata{"<![CDATA[", "]]>"};
 constexpr Section kInstruction{"<?", "?>"};
 
 // The text begins with a "<": the length of the section that starts there, or 1 when none does.
-// `kNone` for a section that libxml2 ends before its end mark, because it is too long or has
-// characters that XML forbids.
+// `kNone` for a section that libxml2 ends before its end mark, because it or its target is too long
+// or has characters that XML forbids.
 std::size_t lengthAt(std::string_view text) {
-  constexpr std::size_t kMostBytes = 9'000'000;
+  constexpr std::size_t kMostBytes = 9'000'000, kMostBytesOfTarget = 50'000;
   for (const auto& [start, end] : {kComment, kCdata, kInstruction}) {
     if (!text.starts_with(start)) continue;
     const std::size_t found = text.find(end, start.size());
     if (found > kMostBytes) return kNone;
     const std::string_view content = text.substr(start.size(), found - start.size());
+    const std::string_view target = content.substr(0, content.find_first_of(kBlanks));
     const bool hasTarget =
-        start != kInstruction.start || isXmlName(content.substr(0, content.find_first_of(kBlanks)));
+        start != kInstruction.start || (target.size() < kMostBytesOfTarget && isXmlName(target));
     return hasTarget && !replacementFor(content) ? found + end.size() : kNone;
   }
   return 1;
