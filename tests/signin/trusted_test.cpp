@@ -11,6 +11,8 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <stdexcept>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -309,8 +311,15 @@ std::string outcome(const std::string& text, const Settings& settings) {
   return std::string(nameOf(result.reason)) + ": " + words;
 }
 
-TEST(Trusted, Cases) {
+struct Case {
+  std::string line, text;
+  Settings settings;
+  std::string outcome;
+};
+
+std::vector<Case> cases() {
   startXmlsec();
+  std::vector<Case> made;
   Pieces pieces = firstPieces();
   for (const std::string& line : split(fileText("cases/trusted.txt"), "\n")) {
     if (line.empty() || line.starts_with('#')) continue;
@@ -321,19 +330,32 @@ TEST(Trusted, Cases) {
           signedIfBlank(withCipherTexts(pieces[row[0]]), pairs().at("key"));
       continue;
     }
-    ASSERT_EQ(row.size(), 6u) << line;
+    if (row.size() != 6) throw std::invalid_argument(line);
     const auto base = split(row[1] + " key", " ");
     std::string text = pieces.at(base[0]);
     for (const std::string& changes : {row[2], row[3]}) {
       text = withCipherTexts(changed(text, changes, pieces));
       text = signedIfBlank(text, pairs().at(base[1]));
     }
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(outcome(text, Settings(row[4])), filled(row[5], pieces)) << line;
-    // The first library logs numbers, and nothing of a message.
-    for (const auto& written : split(testing::internal::GetCapturedStderr(), "\n")) {
-      EXPECT_TRUE(written.empty() || written.starts_with("kestrelink-saml: ")) << line;
-    }
+    made.push_back({line, text, Settings(row[4]), filled(row[5], pieces)});
+  }
+  return made;
+}
+
+TEST(Trusted, CasesFromSeveralThreads) {
+  const std::vector<Case> all = cases();
+  testing::internal::CaptureStderr();
+  std::vector<std::thread> threads;
+  for (int each = 0; each < 4; ++each) {
+    threads.emplace_back([&all] {
+      for (const Case& row : all)
+        EXPECT_EQ(outcome(row.text, row.settings), row.outcome) << row.line;
+    });
+  }
+  for (std::thread& each : threads) each.join();
+  // The first library logs numbers, and nothing of a message.
+  for (const auto& written : split(testing::internal::GetCapturedStderr(), "\n")) {
+    EXPECT_TRUE(written.empty() || written.starts_with("kestrelink-saml: ")) << written;
   }
 }
 
