@@ -9,6 +9,7 @@
 #include "kestrelink/signin/Refusal.h"
 #include "kestrelink/signin/SignIn.h"
 #include "kestrelink/signin/Signature.h"
+#include "kestrelink/signin/XmlTree.h"
 
 #include "tests/fuzz/Targets.h"
 
@@ -80,6 +81,7 @@ void signIn(std::string_view input) {
   require(sessionIn(finish(input)).empty(), "what nobody signed signs nobody in");
   std::string text;
   try {
+    parsed(input, Policy().mostBytes);  // a provider signs nothing that exceeds the bounds
     text = withSignature(std::string(input), pair().key, {});
   } catch (const Refusal&) {
     return;
