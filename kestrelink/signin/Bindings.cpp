@@ -123,10 +123,11 @@ Received messageFrom(const Parameters& parameters, const Policy& policy) {
 }
 
 bool isSoapEnvelope(const Received& message, const Policy& policy) {
-  const QuietLibxml quiet;
   try {
-    const Owned<xmlDoc> document = parsed(message.xml, policy.mostBytes);
-    return is(xmlDocGetRootElement(document.get()), kSoap, "Envelope");
+    return quietly([&] {
+      const Owned<xmlDoc> document = parsed(message.xml, policy.mostBytes);
+      return is(xmlDocGetRootElement(document.get()), kSoap, "Envelope");
+    });
   } catch (const Refusal&) {
     return false;
   }

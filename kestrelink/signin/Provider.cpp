@@ -108,12 +108,13 @@ Provider providerOf(const xmlNode* descriptor) {
 std::optional<Provider> providerFromMetadata(std::string_view metadata, std::string_view entityId,
                                              std::string& reason, std::string_view certificate,
                                              const Policy& policy) {
-  const QuietLibxml quiet;
   try {
     const std::vector<std::string> certificates = {std::string(certificate)};
     const Signer signer{certificates, policy.acceptSha1, policy.leastRsaBits};
-    const Entity entity = entityIn(metadata, entityId, certificate.empty() ? nullptr : &signer);
-    Provider provider = providerOf(entity.descriptor);
+    const Provider provider = quietly([&] {
+      const Entity entity = entityIn(metadata, entityId, certificate.empty() ? nullptr : &signer);
+      return providerOf(entity.descriptor);
+    });
     if (!provider.validUntil || *provider.validUntil > policy.clock()) return provider;
     refuse(Reason::providerExpired, "the metadata expired at " + textOf(*provider.validUntil));
   } catch (const Refusal& refusal) {

@@ -45,6 +45,7 @@ Reading readMessage(std::string_view received, const char* root, const Client& c
   const Trusted believed = trusted(message, document.get(), client, provider, policy);
   reading.isSigned = believed.isSigned;
   reading.text = inLibraryForm(believed.document.get(), policy, now);
+  QuietLibxml::throwIfOutOfMemory();
   reading.response = readResponse(reading.text);
   return reading;
 }

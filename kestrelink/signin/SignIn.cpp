@@ -59,9 +59,8 @@ Session sessionOf(std::shared_ptr<SAMLResponse> response, std::string text,
 
 template <class Steps>
 Result resultOf(Steps steps) {
-  const QuietLibxml quiet;
   try {
-    return steps();
+    return quietly(steps);
   } catch (const Refusal& refusal) {
     Result result;
     result.reason = refusal.reason();
@@ -72,9 +71,8 @@ Result resultOf(Steps steps) {
 
 template <class Steps>
 Started startedOf(Steps steps) {
-  const QuietLibxml quiet;
   try {
-    return steps();
+    return quietly(steps);
   } catch (const Refusal& refusal) {
     Started started;
     started.reason = refusal.what();
