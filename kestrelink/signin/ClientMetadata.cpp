@@ -18,12 +18,6 @@ constexpr const char* kEncryptionMethods[] = {"http://www.w3.org/2009/xmlenc11#a
 constexpr const char* kNameIdFormats[] = {"urn:oasis:names:tc:SAML:2.0:nameid-format:persistent",
                                           "urn:oasis:names:tc:SAML:2.0:nameid-format:transient"};
 
-template <class Handle>
-Handle* made(Handle* handle) {
-  if (handle == nullptr) throw std::bad_alloc();
-  return handle;
-}
-
 void set(xmlNode* element, const char* name, const std::string& value) {
   made(xmlNewProp(element, xmlText(name), xmlText(value)));
 }

@@ -9,6 +9,7 @@
 #include <libxml/valid.h>
 
 #include "kestrelink/signin/Algorithms.h"
+#include "kestrelink/signin/Certificates.h"
 #include "kestrelink/signin/Keys.h"
 #include "kestrelink/signin/XmlSecurity.h"
 #include "kestrelink/signin/XmlTree.h"
@@ -121,18 +122,15 @@ std::optional<std::string> textSignedWith(EVP_PKEY* key, xmlNode* signature, boo
                      xmlSecBufferGetSize(buffer));
 }
 
-void addCertificate(xmlNode* signature, std::string pem) {
-  const std::string begin = "-----BEGIN CERTIFICATE-----", end = "-----END CERTIFICATE-----";
-  const std::size_t from = pem.find(begin), until = pem.find(end);
-  require(from < until && until != std::string::npos, Reason::notConfigured,
+void addCertificate(xmlNode* signature, const std::string& pem) {
+  const auto certificate = base64OfCertificate(pem);
+  require(certificate.has_value(), Reason::notConfigured,
           "the client's signing certificate cannot be read");
-  pem = pem.substr(from + begin.size(), until - from - begin.size());
   xmlNode* parent = signature;
   for (const char* name : {"KeyInfo", "X509Data"}) {
-    parent = xmlNewChild(parent, signature->ns, xmlText(name), nullptr);
-    if (parent == nullptr) throw std::bad_alloc();
+    parent = made(xmlNewChild(parent, signature->ns, xmlText(name), nullptr));
   }
-  xmlNewTextChild(parent, signature->ns, xmlText("X509Certificate"), xmlText(pem));
+  made(xmlNewTextChild(parent, signature->ns, xmlText("X509Certificate"), xmlText(*certificate)));
 }
 
 // After the issuer, where the schema wants it.
@@ -147,18 +145,14 @@ void insert(xmlNode* signature, xmlNode* root) {
 }
 
 xmlNode* newSignature(xmlNode* root, const Algorithm& method) {
-  xmlNode* const signature = xmlSecTmplSignatureCreateNsPref(
-      root->doc, xmlSecTransformExclC14NId, method.transform(), nullptr, xmlText("ds"));
-  if (signature == nullptr) throw std::bad_alloc();
+  xmlNode* const signature = made(xmlSecTmplSignatureCreateNsPref(
+      root->doc, xmlSecTransformExclC14NId, method.transform(), nullptr, xmlText("ds")));
   insert(signature, root);
   const std::string uri = "#" + attribute(root, "ID");
-  xmlNode* const reference = xmlSecTmplSignatureAddReference(signature, xmlSecTransformSha256Id,
-                                                             nullptr, xmlText(uri), nullptr);
-  if (reference == nullptr ||
-      xmlSecTmplReferenceAddTransform(reference, xmlSecTransformEnvelopedId) == nullptr ||
-      xmlSecTmplReferenceAddTransform(reference, xmlSecTransformExclC14NId) == nullptr) {
-    throw std::bad_alloc();
-  }
+  xmlNode* const reference = made(xmlSecTmplSignatureAddReference(
+      signature, xmlSecTransformSha256Id, nullptr, xmlText(uri), nullptr));
+  made(xmlSecTmplReferenceAddTransform(reference, xmlSecTransformEnvelopedId));
+  made(xmlSecTmplReferenceAddTransform(reference, xmlSecTransformExclC14NId));
   return signature;
 }
 

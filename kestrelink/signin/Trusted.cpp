@@ -97,23 +97,24 @@ Owned<xmlDoc> copyOf(xmlNode* element) {
 // could have written that; the provider's yes is the assertion it signed.
 void wrap(xmlDoc* document) {
   xmlNode* const assertion = xmlDocGetRootElement(document);
-  xmlNode* const issuer = firstChild(assertion, kAssertion, "Issuer");
+  const xmlNode* const issuer = firstChild(assertion, kAssertion, "Issuer");
   require(issuer != nullptr, Reason::notValid, "the signed assertion has no issuer");
   const std::string identifier = attribute(assertion, "ID") + ".response";
   const std::string instant = attribute(assertion, "IssueInstant");
 
-  xmlNode* const response = xmlNewDocNode(document, nullptr, xmlText("Response"), nullptr);
+  xmlNode* const response = made(xmlNewDocNode(document, nullptr, xmlText("Response"), nullptr));
   xmlDocSetRootElement(document, response);
-  xmlNs* const protocol = xmlNewNs(response, xmlText(kProtocol), xmlText("samlp"));
-  xmlSetNs(response, protocol);
-  xmlNewProp(response, xmlText("ID"), xmlText(identifier));
-  xmlNewProp(response, xmlText("Version"), xmlText("2.0"));
-  xmlNewProp(response, xmlText("IssueInstant"), xmlText(instant));
-  xmlAddChild(response, xmlDocCopyNode(issuer, document, 1));
-  xmlNode* const status = xmlNewChild(response, protocol, xmlText("Status"), nullptr);
-  xmlNode* const code = xmlNewChild(status, protocol, xmlText("StatusCode"), nullptr);
-  xmlNewProp(code, xmlText("Value"), xmlText(kSuccess));
   xmlAddChild(response, assertion);
+  xmlNs* const protocol = made(xmlNewNs(response, xmlText(kProtocol), xmlText("samlp")));
+  xmlSetNs(response, protocol);
+  made(xmlNewProp(response, xmlText("ID"), xmlText(identifier)));
+  made(xmlNewProp(response, xmlText("Version"), xmlText("2.0")));
+  made(xmlNewProp(response, xmlText("IssueInstant"), xmlText(instant)));
+  xmlAddPrevSibling(assertion, made(xmlDocCopyNode(const_cast<xmlNode*>(issuer), document, 1)));
+  xmlNode* const status = xmlAddPrevSibling(
+      assertion, made(xmlNewDocNode(document, protocol, xmlText("Status"), nullptr)));
+  xmlNode* const code = made(xmlNewChild(status, protocol, xmlText("StatusCode"), nullptr));
+  made(xmlNewProp(code, xmlText("Value"), xmlText(kSuccess)));
 }
 
 // The steps, with what they share.

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,13 @@ struct Release {
 };
 template <class Handle>
 using Owned = std::unique_ptr<Handle, Release>;
+
+/// What libxml2 has made. Throws `std::bad_alloc` when it is null.
+template <class Handle>
+Handle* made(Handle* handle) {
+  if (handle == nullptr) throw std::bad_alloc();
+  return handle;
+}
 
 inline const xmlChar* xmlText(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
 inline const xmlChar* xmlText(const std::string& text) { return xmlText(text.c_str()); }
