@@ -7,6 +7,7 @@
 
 #include "ReadCommand.h"
 #include "RequestCommand.h"
+#include "Table.h"
 
 namespace {
 
@@ -17,6 +18,9 @@ int run(int argc, char** argv) {
       "ksaml");
   app.set_version_flag("--version", "ksaml " KSAML_VERSION);
   app.require_subcommand(1);
+  app.failure_message([](const CLI::App* /*command*/, const CLI::Error& error) {
+    return ksaml::printable(error.what()) + "\nRun with --help for more information.\n";
+  });
 
   ksaml::ReadCommand read;
   CLI::App* const readCommand =
