@@ -31,13 +31,11 @@ namespace {
   return known;
 }();
 
-TEST(Host, TheEnvironmentsLocaleAndTimeZoneAreReallyThere) {
-  const char* const locale = std::getenv("LC_ALL");
-  const std::string_view point = locale && std::string_view(locale).starts_with("de") ? "," : ".";
-  EXPECT_EQ(std::localeconv()->decimal_point, point);
+TEST(Host, TheLocaleAndTimeZoneOfATestElsewhereAreReallyThere) {
   const char* const zone = std::getenv("KESTRELINK_TEST_OFFSET");
+  if (zone == nullptr) return;
   ::tzset();
-  EXPECT_TRUE(zone == nullptr || std::to_string(::timezone) == zone);
+  EXPECT_EQ(std::localeconv()->decimal_point + std::to_string(::timezone), "," + std::string(zone));
 }
 
 void hostsHandler(void* /*context*/, const char* /*format*/, ...) {}
