@@ -86,12 +86,12 @@ case $kind in
     done
     ;;
   layouts)
-    # Program, library and share/ in one folder, found by a relative path that is soon another.
-    mkdir "$work/flat"
-    compile consumer -I "$prefix/include" -L "$prefix/lib" -lkestrelink-saml -o "$work/flat/consumer"
+    # Library and share/ in one folder, found by a relative path that is soon another; the program elsewhere.
+    mkdir -p "$work/flat" "$work/another/folder"
+    compile consumer -I "$prefix/include" -L "$prefix/lib" -lkestrelink-saml -o "$work/another/folder/consumer"
     cp -P "$prefix"/lib/lib*.so* "$prefix/bin/ksaml" "$work/flat"
     cp -r "$prefix/share" "$work/flat"
-    (cd "$work/flat" && LD_LIBRARY_PATH=. ./consumer "$message")
+    (cd "$work/flat" && LD_LIBRARY_PATH=. ../another/folder/consumer "$message")
     # Without share/ nothing is validated, and the log says so once.
     rm -r "$work/flat/share"
     said=$(LD_LIBRARY_PATH=$work/flat "$work/flat/ksaml" read "$message" "$message" 2>&1)

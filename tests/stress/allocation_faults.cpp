@@ -108,7 +108,7 @@ std::string writeElement() {
   const auto element = readWithoutSchema()->documentElement();
   const auto attribute = std::make_shared<XMLWrapperAttribute>();
   attribute->setName("hint");
-  attribute->setNs(std::make_shared<XMLWrapperNamespace>("h", "urn:hint"));
+  attribute->setNs(std::make_shared<XMLWrapperNamespace>("h", "urn:&hint"));
   const_cast<XMLWrapperElement::AttributeMap&>(element->attributes())
       .emplace_back("hint", attribute);
   element->setTextContent(std::string(20000, 'x') + '\x01');
