@@ -138,7 +138,7 @@ class KESTRELINK_TYPE XMLWrapperElement {
   /// The element as indented XML text; the errors of `xmlNode` may be set although it is returned.
   /// `std::nullopt` when there is no node, and with `kXMLWrapperErrorNotWritten` when there is no
   /// memory for the first buffer.
-  virtual std::optional<std::string> xmlString(ErrorOut error = nullptr);
+  [[nodiscard]] virtual std::optional<std::string> xmlString(ErrorOut error = nullptr);
 
   /// The class this element is an instance of.
   virtual const XMLWrapperElementClass& dynamicClass() const;

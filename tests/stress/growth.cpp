@@ -37,7 +37,8 @@ std::shared_ptr<SAMLResponse> read(const std::string& text, const SharedBytes& s
 }
 
 void write(const std::string& text) {
-  if (const auto message = read(text); message && message->xmlString()) message->docNode();
+  if (const auto message = read(text); message && message->xmlString())
+    static_cast<void>(message->docNode());
 }
 
 template <class Request>

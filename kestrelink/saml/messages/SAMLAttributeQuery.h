@@ -30,10 +30,11 @@ class KESTRELINK_EXPORT SAMLAttributeQuery : public XMLWrapperDoc {
   /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is another element: null
   /// with `kSAMLParserErrorWrongRoot` when the caller passes `error`, and otherwise a document
   /// without a `requestElement`.
-  static std::shared_ptr<SAMLAttributeQuery> initWithData(SharedBytes data, SharedBytes schema,
-                                                          ErrorOut error = nullptr);
+  [[nodiscard]] static std::shared_ptr<SAMLAttributeQuery> initWithData(SharedBytes data,
+                                                                        SharedBytes schema,
+                                                                        ErrorOut error = nullptr);
   /// Wraps a request element, which may be null. Cannot fail.
-  static std::shared_ptr<SAMLAttributeQuery> initWithElement(
+  [[nodiscard]] static std::shared_ptr<SAMLAttributeQuery> initWithElement(
       std::shared_ptr<SAMLAttributeQueryElement> element, SharedBytes schema,
       ErrorOut error = nullptr);
 

@@ -28,10 +28,11 @@ class KESTRELINK_EXPORT SAMLAuthNRequest : public XMLWrapperDoc {
  public:
   /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is another element, the
   /// document is returned with `kSAMLParserErrorWrongRoot` and without a `requestElement`.
-  static std::shared_ptr<SAMLAuthNRequest> initWithData(SharedBytes data, SharedBytes schema,
-                                                        ErrorOut error = nullptr);
+  [[nodiscard]] static std::shared_ptr<SAMLAuthNRequest> initWithData(SharedBytes data,
+                                                                      SharedBytes schema,
+                                                                      ErrorOut error = nullptr);
   /// Wraps a request element, which may be null. Cannot fail.
-  static std::shared_ptr<SAMLAuthNRequest> initWithElement(
+  [[nodiscard]] static std::shared_ptr<SAMLAuthNRequest> initWithElement(
       std::shared_ptr<SAMLAuthNRequestElement> element, SharedBytes schema,
       ErrorOut error = nullptr);
 

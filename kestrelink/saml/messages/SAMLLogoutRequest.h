@@ -29,10 +29,11 @@ class KESTRELINK_EXPORT SAMLLogoutRequest : public XMLWrapperDoc {
  public:
   /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is another element, the
   /// document is returned with `kSAMLParserErrorWrongRoot` and without a `requestElement`.
-  static std::shared_ptr<SAMLLogoutRequest> initWithData(SharedBytes data, SharedBytes schema,
-                                                         ErrorOut error = nullptr);
+  [[nodiscard]] static std::shared_ptr<SAMLLogoutRequest> initWithData(SharedBytes data,
+                                                                       SharedBytes schema,
+                                                                       ErrorOut error = nullptr);
   /// Wraps a request element, which may be null. Cannot fail.
-  static std::shared_ptr<SAMLLogoutRequest> initWithElement(
+  [[nodiscard]] static std::shared_ptr<SAMLLogoutRequest> initWithElement(
       std::shared_ptr<SAMLLogoutRequestElement> element, SharedBytes schema,
       ErrorOut error = nullptr);
 
