@@ -2,19 +2,14 @@
 
 #include <algorithm>
 #include <iterator>
-#include <unordered_map>
 #include <unordered_set>
 
 #include <libxml/tree.h>
 
 #include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/platform/NoDestructor.h"
-#include "kestrelink/platform/Text.h"
 #include "kestrelink/xml/StoreError.h"
-#include "kestrelink/xml/XMLTreeReading.h"
-#include "kestrelink/xml/XMLWrapperElementFactory.h"
 #include "kestrelink/xml/XMLWrapperQuery.h"
-#include "kestrelink/xml/XPathPrefixes.h"
 #include "kestrelink/xml/libxml/DetachedNode.h"
 #include "kestrelink/xml/libxml/LibxmlDump.h"
 #include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
@@ -25,46 +20,11 @@
 namespace kestrelink {
 namespace {
 
-// Counts matching records of a libxml2 list, so that a vector can be reserved in one allocation.
-template <class Record, class Counts>
-std::size_t lengthOf(const Record* first, Counts counts) {
-  std::size_t length = 0;
-  for (const Record* record = first; record != nullptr; record = record->next) {
-    if (counts(*record)) ++length;
-  }
-  return length;
-}
-
 template <class Value>
 const Value& none() {
   static const auto& value = noDestructor<Value>();
   return value;
 }
-
-// Finds attributes by name in a list while it grows: linearly in a short list, by a hash table in a
-// long one.
-class AttributePlaces {
- public:
-  using Map = XMLWrapperElement::AttributeMap;
-
-  AttributePlaces(Map& attributes, std::size_t atMost)
-      : attributes_(attributes), isLong_(atMost > 16) {}
-
-  std::shared_ptr<XMLWrapperAttribute>* find(std::string_view name) {
-    if (isLong_) {
-      const auto [place, isNew] = places_.try_emplace(std::string(name), attributes_.size());
-      return isNew ? nullptr : &attributes_[place->second].second;
-    }
-    const auto found = std::find_if(attributes_.begin(), attributes_.end(),
-                                    [name](const auto& entry) { return entry.first == name; });
-    return found == attributes_.end() ? nullptr : &found->second;
-  }
-
- private:
-  Map& attributes_;
-  const bool isLong_;
-  std::unordered_map<std::string, std::size_t> places_;
-};
 
 // Writing is recursive, so its depth is limited. libxml2 reads only 256 levels.
 constexpr int kDeepestWritten = 1000;
@@ -106,71 +66,6 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElementClass::makeInstance() const 
 }
 
 const XMLWrapperElementClass& XMLWrapperElement::dynamicClass() const { return *class_; }
-
-// Reading
-
-std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithNode(
-    const XMLWrapperElementClass& asClass, const XmlNodeRef& node,
-    const std::shared_ptr<XMLWrapperQuery>& query) {
-  const auto reading = std::make_shared<XMLTreeReading>(node.doc, query);
-  std::shared_ptr<XMLWrapperElement> element = reading->read(asClass, node.node);
-  if (query) bindXPathPrefixes(reading->namespaces.latestBindings());
-  return element;
-}
-
-// XPath results are nodes of every kind, all typed as xmlNode. Only fields that the kind has are
-// read.
-void XMLWrapperElement::readNode(::xmlNode* node, XMLTreeReading& reading) {
-  node_ = node;
-  reading_ = reading.shared_from_this();
-  readTagName_ = &reading.nameOf(*node).text;
-
-  const bool isElement = node->type == XML_ELEMENT_NODE;
-  const bool isAttribute = node->type == XML_ATTRIBUTE_NODE;
-  if (isElement || isAttribute) readNamespaces_ = reading.namespaces.recordedFrom(node->ns);
-  if (isElement) readAttributes(node, reading);
-  if (isElement || isAttribute || node->type == XML_DOCUMENT_NODE) readChildren(node, reading);
-}
-
-void XMLWrapperElement::readAttributes(const ::xmlNode* node, XMLTreeReading& reading) {
-  const std::size_t count = lengthOf(node->properties, [](const xmlAttr&) { return true; });
-  attributes_.reserve(count);
-  AttributePlaces places(attributes_, count);
-  for (const xmlAttr* record = node->properties; record != nullptr; record = record->next) {
-    const std::string_view name = viewOf(record->name);
-    if (!isUtf8(name)) continue;
-    std::shared_ptr<XMLWrapperAttribute> attribute = reading.newAttribute();
-    attribute->readNode(record, reading.namespaces.namespaceOf(record->ns));
-    // Of two attributes with the same local name in different namespaces the later one is kept.
-    if (std::shared_ptr<XMLWrapperAttribute>* const earlier = places.find(name)) {
-      *earlier = std::move(attribute);
-    } else {
-      attributes_.emplace_back(std::string(name), std::move(attribute));
-    }
-  }
-}
-
-void XMLWrapperElement::readChildren(const ::xmlNode* node, XMLTreeReading& reading) {
-  elements_.reserve(lengthOf(
-      node->children, [](const ::xmlNode& child) { return child.type == XML_ELEMENT_NODE; }));
-  for (::xmlNode* child = node->children; child != nullptr; child = child->next) {
-    if (child->type == XML_TEXT_NODE) {
-      const std::string_view content = viewOf(child->content);
-      if (isUtf8(content)) appendText(trimmed(content));
-    } else if (child->type == XML_ELEMENT_NODE) {
-      elements_.push_back(reading.read(*reading.nameOf(*child).elementClass, child));
-    }
-  }
-}
-
-void XMLWrapperElement::appendText(std::string_view text) {
-  if (text.empty()) return;
-  if (textContent_) {
-    textContent_->append(text);
-  } else {
-    textContent_.emplace(text);  // without the room that appending would add
-  }
-}
 
 // Making in memory
 
@@ -215,10 +110,6 @@ void XMLWrapperElement::setChildElementSequence(std::optional<std::vector<std::s
   changes().childElementSequence = std::move(sequence);
 }
 
-const std::shared_ptr<XMLWrapperQuery>& XMLWrapperElement::query() const {
-  if (changes_ && changes_->query) return *changes_->query;
-  return reading_ ? reading_->query : none<std::shared_ptr<XMLWrapperQuery>>();
-}
 void XMLWrapperElement::setQuery(std::shared_ptr<XMLWrapperQuery> query) {
   changes().query = std::move(query);
 }
@@ -369,7 +260,7 @@ void XMLWrapperElement::reorderChildElements() {
 
 std::optional<XMLWrapperElement::List> XMLWrapperElement::getResultsByXpathQuery(
     std::string_view xpath) const {
-  XmlNodeRef context{reading_ ? reading_->tree.lock() : nullptr, node_};
+  XmlNodeRef context = nodeRead();
   const bool madeInMemory = changes_ && changes_->madeAs;
   if (!query() || (!context.doc && !madeInMemory)) return std::nullopt;
   ensureLibxmlParser();

@@ -147,15 +147,14 @@ class KESTRELINK_TYPE XMLWrapperElement {
   friend class XMLTreeReading;
   friend class XMLWrapperElementClass;
 
-  /// Fills a new element from a node.
+  /// Fills a new element from a node and all below it.
   virtual void readNode(_xmlNode* node, XMLTreeReading& reading);
   /// Gives a new element made in memory its tag name and namespaces.
   void startWithTagName(std::string_view tagName, const NamespaceMap& namespaces);
 
  private:
-  void readAttributes(const _xmlNode* node, XMLTreeReading& reading);
-  void readChildren(const _xmlNode* node, XMLTreeReading& reading);
-  void appendText(std::string_view text);
+  // The node that the element was read from, without a document once that is destroyed.
+  XmlNodeRef nodeRead() const;
   bool isChild(const std::shared_ptr<XMLWrapperElement>& element) const;
   bool adopt(const std::shared_ptr<XMLWrapperElement>& element) const;
   bool holds(const XMLWrapperElement& sought) const;

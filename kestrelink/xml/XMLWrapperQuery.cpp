@@ -6,7 +6,7 @@
 #include <libxml/xpathInternals.h>
 
 #include "kestrelink/xml/StoreError.h"
-#include "kestrelink/xml/XMLTreeReading.h"
+#include "kestrelink/xml/TreeReader.h"
 #include "kestrelink/xml/XMLWrapperElement.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 #include "kestrelink/xml/XPathPrefixes.h"
@@ -66,13 +66,12 @@ std::optional<XMLWrapperQuery::Results> XMLWrapperQuery::executeXpathQuery(
   if (nodes == nullptr) return failed(kXMLWrapperErrorXPathNoNodeSet);
 
   Results elements;
-  const auto reading = std::make_shared<XMLTreeReading>(context.doc, shared_from_this());
+  TreeReader reader(context.doc, shared_from_this());
   for (int index = 0; index < nodes->nodeNr; ++index) {
     xmlNode* const node = nodes->nodeTab[index];
-    if (node->type == XML_NAMESPACE_DECL) continue;
-    elements.push_back(reading->read(*reading->nameOf(*node).elementClass, node));
+    if (node->type != XML_NAMESPACE_DECL) elements.push_back(reader.read(node));
   }
-  bindXPathPrefixes(reading->namespaces.latestBindings());
+  bindXPathPrefixes(reader.prefixes());
   return elements;
 }
 
