@@ -175,7 +175,23 @@ std::vector<const XMLWrapperNamespace*> TreeReader::prefixes() const {
   return reading_->namespaces.latestBindings();
 }
 
-// Operations of an element
+// Operations of attributes and elements that read
+
+std::shared_ptr<XMLWrapperAttribute> XMLWrapperAttribute::initWithNode(
+    const xmlAttr* record, std::shared_ptr<const XMLWrapperNamespace> ns) {
+  auto attribute = std::make_shared<XMLWrapperAttribute>();
+  attribute->readNode(record, std::move(ns));
+  return attribute;
+}
+
+void XMLWrapperAttribute::readNode(const xmlAttr* record,
+                                   std::shared_ptr<const XMLWrapperNamespace> ns) {
+  name_ = viewOf(record->name);
+  type_ = static_cast<std::int32_t>(record->atype);
+  ns_ = std::move(ns);
+  const xmlNode* const first = record->children;
+  if (first != nullptr && first->type == XML_TEXT_NODE) value_ = textOf(first->content);
+}
 
 std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithNode(
     const XMLWrapperElementClass& asClass, const XmlNodeRef& node,

@@ -8,14 +8,10 @@
 
 #include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/platform/NoDestructor.h"
-#include "kestrelink/xml/StoreError.h"
 #include "kestrelink/xml/XMLWrapperQuery.h"
-#include "kestrelink/xml/libxml/DetachedNode.h"
-#include "kestrelink/xml/libxml/LibxmlDump.h"
 #include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
 #include "kestrelink/xml/libxml/LibxmlSetup.h"
 #include "kestrelink/xml/libxml/LibxmlText.h"
-#include "kestrelink/xml/libxml/XmlCharacters.h"
 
 namespace kestrelink {
 namespace {
@@ -25,18 +21,6 @@ const Value& none() {
   static const auto& value = noDestructor<Value>();
   return value;
 }
-
-// Writing is recursive, so its depth is limited. libxml2 reads only 256 levels.
-constexpr int kDeepestWritten = 1000;
-constinit thread_local int levelsAbove = 0;
-
-class WrittenLevel {
- public:
-  WrittenLevel() { ++levelsAbove; }
-  ~WrittenLevel() { --levelsAbove; }
-  WrittenLevel(const WrittenLevel&) = delete;
-  WrittenLevel& operator=(const WrittenLevel&) = delete;
-};
 
 }  // namespace
 
@@ -244,18 +228,6 @@ void XMLWrapperElement::replaceChildElement(const std::shared_ptr<XMLWrapperElem
   if (place != elements_.end() && adopt(newElement)) *place = newElement;
 }
 
-void XMLWrapperElement::reorderChildElements() {
-  List ordered;
-  ordered.reserve(elements_.size());
-  if (const auto& sequence = childElementSequence()) {
-    for (const std::string& name : *sequence) {
-      std::copy_if(elements_.begin(), elements_.end(), std::back_inserter(ordered),
-                   [&name](const auto& child) { return child->tagName() == name; });
-    }
-  }
-  elements_ = std::move(ordered);
-}
-
 // XPath
 
 std::optional<XMLWrapperElement::List> XMLWrapperElement::getResultsByXpathQuery(
@@ -283,48 +255,6 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstResultByXpathQuery(
     std::string_view xpath) const {
   const std::optional<List> results = getResultsByXpathQuery(xpath);
   return results && !results->empty() ? results->front() : nullptr;
-}
-
-// Writing
-
-DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
-  if (levelsAbove == kDeepestWritten) {
-    return DetachedNode::refused("An element below 1000 others cannot be written");
-  }
-  const WrittenLevel level;
-  const std::optional<std::string>& name = tagName();
-  if (!name || !isXmlName(*name)) {
-    return DetachedNode::refused("An element whose tag name is no XML name cannot be written");
-  }
-  DetachedNode node(XmlNodeOwner(xmlNewNode(nullptr, xmlTextOf(*name))));
-  if (!node) return {};
-  if (childElementSequence()) reorderChildElements();
-
-  for (const auto& [key, attribute] : attributes_) attribute->xmlAttrNodeForNode(node, error);
-  const NamespaceMap& declared = namespaces();
-  // Appended here: libxml2 would compare each prefix with all before it, and they all differ.
-  for (xmlNs** last = &node.get()->nsDef; const auto& ns : declared) {
-    if ((*last = ns->xmlNsForNode(nullptr, error)) != nullptr) last = &(*last)->next;
-  }
-  if (node.get()->nsDef != nullptr) xmlSetNs(node.get(), node.get()->nsDef);
-  if (textContent_) {
-    std::string replacement;
-    xmlAddChild(node.get(), xmlNewText(BAD_CAST node.writable(*textContent_, replacement)));
-  }
-  for (const auto& child : elements_) node.addChild(child->xmlNode(error));
-  return node;
-}
-
-std::optional<std::string> XMLWrapperElement::xmlString(ErrorOut error) {
-  ensureLibxmlParser();
-  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
-  const DetachedNode node = xmlNode(error);
-  route.throwIfOutOfMemory();
-  if (!node) return std::nullopt;
-  std::optional<std::string> text;
-  if (!dumpXml(node.get(), route, text))
-    storeError(error, kXMLWrapperErrorDomain, kXMLWrapperErrorNotWritten);
-  return text;
 }
 
 }  // namespace kestrelink
