@@ -4,14 +4,13 @@
 #include <iterator>
 #include <unordered_set>
 
-#include <libxml/tree.h>
-
 #include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/platform/NoDestructor.h"
-#include "kestrelink/xml/XMLWrapperQuery.h"
-#include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
-#include "kestrelink/xml/libxml/LibxmlSetup.h"
-#include "kestrelink/xml/libxml/LibxmlText.h"
+#include "kestrelink/xml/XMLWrapperElementFactory.h"
+#include "kestrelink/xml/XPathPrefixes.h"
+
+// What an element holds and looks up. Its operations that read are in TreeReader.cpp, those that
+// write in TreeWriter.cpp, XPath in XMLWrapperQuery.cpp.
 
 namespace kestrelink {
 namespace {
@@ -26,6 +25,8 @@ const Value& none() {
 
 constinit const XMLWrapperElementClass XMLWrapperElement::elementClass{
     "XMLWrapperElement", &makeElementInstance<XMLWrapperElement>};
+
+const XMLWrapperElementClass& plainElementClass() { return XMLWrapperElement::elementClass; }
 
 XMLWrapperElement::XMLWrapperElement() : class_(&elementClass) {}
 
@@ -132,7 +133,7 @@ const NamespaceMap& XMLWrapperElement::namespaces() const {
 void XMLWrapperElement::setNamespace(const std::shared_ptr<const XMLWrapperNamespace>& ns) {
   if (!ns) return;
   // Register first: `ns` may refer to an entry of the list that is replaced below.
-  if (query()) query()->registerNamespace(*ns);
+  if (query()) bindXPathPrefixes({ns.get()});
   NamespaceMap changed = namespaces();
   changed.set(ns);
   changes().namespaces = std::move(changed);
@@ -226,35 +227,6 @@ void XMLWrapperElement::replaceChildElement(const std::shared_ptr<XMLWrapperElem
   if (isChild(newElement)) return;
   const auto place = std::find(elements_.begin(), elements_.end(), oldElement);
   if (place != elements_.end() && adopt(newElement)) *place = newElement;
-}
-
-// XPath
-
-std::optional<XMLWrapperElement::List> XMLWrapperElement::getResultsByXpathQuery(
-    std::string_view xpath) const {
-  XmlNodeRef context = nodeRead();
-  const bool madeInMemory = changes_ && changes_->madeAs;
-  if (!query() || (!context.doc && !madeInMemory)) return std::nullopt;
-  ensureLibxmlParser();
-  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
-  XmlNodeOwner empty;
-  if (!context.doc) {
-    // libxml2 dereferences a null pointer for a node without a document.
-    context.doc = SharedXmlDoc(XmlDocOwner(xmlNewDoc(nullptr)));
-    empty.reset(xmlNewDocNode(context.doc.get(), nullptr, xmlTextOf(*changes_->madeAs), nullptr));
-    context.node = empty.get();
-    route.throwIfOutOfMemory();
-  }
-  std::optional<ErrorInfo> error;
-  std::optional<List> results = query()->executeXpathQuery(context, xpath, &error);
-  if (!results && error) logDiagnostic(error->domain + " " + std::to_string(error->code));
-  return results;
-}
-
-std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstResultByXpathQuery(
-    std::string_view xpath) const {
-  const std::optional<List> results = getResultsByXpathQuery(xpath);
-  return results && !results->empty() ? results->front() : nullptr;
 }
 
 }  // namespace kestrelink
