@@ -11,9 +11,6 @@
 
 namespace kestrelink {
 
-template <class Message>
-struct MessageDocument;
-
 /// A query for a subscriber's attributes (SAML 2.0 core, section 3.3.2.3), to be filled in and
 /// written.
 ///
@@ -56,9 +53,6 @@ class KESTRELINK_EXPORT SAMLAttributeQuery : public XMLWrapperDoc {
   void addAttribute(std::string_view name, const std::vector<std::string>& values);
 
  private:
-  template <class Message>
-  friend struct MessageDocument;
-
   std::shared_ptr<SAMLAttributeQueryElement> requestElement_;
   SharedBytes schemaData_;  // set only when the query was parsed
 };

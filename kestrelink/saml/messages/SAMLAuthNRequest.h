@@ -11,9 +11,6 @@
 
 namespace kestrelink {
 
-template <class Message>
-struct MessageDocument;
-
 /// An authentication request (SAML 2.0 core, section 3.4.1), to be filled in and written.
 ///
 ///     auto request = controller.newAuthNRequest("https://tv.example", &error);
@@ -55,9 +52,6 @@ class KESTRELINK_EXPORT SAMLAuthNRequest : public XMLWrapperDoc {
   void setSubjectFromResponse(std::string_view response);
 
  private:
-  template <class Message>
-  friend struct MessageDocument;
-
   std::shared_ptr<SAMLAuthNRequestElement> requestElement_;
   SharedBytes schemaData_;  // set only when the request was parsed
 };

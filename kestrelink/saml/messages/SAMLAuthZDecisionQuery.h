@@ -11,9 +11,6 @@
 
 namespace kestrelink {
 
-template <class Message>
-struct MessageDocument;
-
 /// Asks whether a subscriber may do something with a resource (SAML 2.0 core, section 3.3.2.4); to
 /// be filled in and written.
 ///
@@ -53,9 +50,6 @@ class KESTRELINK_EXPORT SAMLAuthZDecisionQuery : public XMLWrapperDoc {
   void setResource(std::string_view url);
 
  private:
-  template <class Message>
-  friend struct MessageDocument;
-
   std::shared_ptr<SAMLAuthZDecisionQueryElement> requestElement_;
 };
 

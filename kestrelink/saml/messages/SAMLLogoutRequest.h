@@ -11,9 +11,6 @@
 
 namespace kestrelink {
 
-template <class Message>
-struct MessageDocument;
-
 /// A request to end the subscriber's session (SAML 2.0 core, section 3.7.1), to be filled in and
 /// written.
 ///
@@ -52,9 +49,6 @@ class KESTRELINK_EXPORT SAMLLogoutRequest : public XMLWrapperDoc {
   void setNotOnOrAfter(std::optional<SAMLDate> date);
 
  private:
-  template <class Message>
-  friend struct MessageDocument;
-
   std::shared_ptr<SAMLLogoutRequestElement> requestElement_;
 };
 

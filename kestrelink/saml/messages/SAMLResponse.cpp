@@ -4,9 +4,10 @@
 #include <utility>
 
 #include "kestrelink/saml/elements/PlainElements.h"
+#include "kestrelink/saml/elements/SAMLElementClasses.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
-#include "kestrelink/saml/messages/MessageDocument.h"
+#include "kestrelink/saml/messages/RootElement.h"
 #include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {
@@ -16,8 +17,11 @@ SAMLResponse::~SAMLResponse() = default;
 
 std::shared_ptr<SAMLResponse> SAMLResponse::initWithData(SharedBytes data, SharedBytes schema,
                                                          ErrorOut error) {
-  return MessageDocument<SAMLResponse>::fromData(std::move(data), std::move(schema),
-                                                 &SAMLResponse::responseElement_, error);
+  registerSAMLElementClasses();
+  auto response = std::make_shared<SAMLResponse>(Making());
+  if (!response->startWithData(std::move(data), std::move(schema), error)) return nullptr;
+  response->responseElement_ = rootElement<SAMLResponseElement>(*response, error);
+  return response;
 }
 
 const std::shared_ptr<SAMLResponseElement>& SAMLResponse::responseElement() const {

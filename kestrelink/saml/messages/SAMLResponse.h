@@ -13,9 +13,6 @@
 
 namespace kestrelink {
 
-template <class Message>
-struct MessageDocument;
-
 /// What the client should do next.
 enum SAMLExpectedAction : std::int64_t {
   SAMLExpectedActionNone = 0,       ///< unknown status, or a failure the client cannot resolve
@@ -96,9 +93,6 @@ class KESTRELINK_EXPORT SAMLResponse : public XMLWrapperDoc {
   std::optional<std::string> authorizationStatusForResource(std::string_view resource) const;
 
  private:
-  template <class Message>
-  friend struct MessageDocument;
-
   SAMLResponseElement::Assertions assertionsOrNone() const;
 
   std::shared_ptr<SAMLResponseElement> responseElement_;
