@@ -15,7 +15,7 @@ std::shared_ptr<Root> rootElement(const XMLWrapperDoc& message, ErrorOut error) 
   const auto& element = message.documentElement();
   auto root = std::dynamic_pointer_cast<Root>(element);
   if (!root) {
-    storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorWrongRoot, kReceivedClassKey,
+    storeError(error, SAMLParserErrorDomain, kSAMLParserErrorWrongRoot, kReceivedClassKey,
                element->dynamicClass().name());
   }
   return root;

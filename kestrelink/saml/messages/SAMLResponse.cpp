@@ -109,7 +109,7 @@ bool SAMLResponse::assertionMeetsConditions(ErrorOut error) const {
 bool SAMLResponse::isValid(ErrorOut error) const {
   if (!responseElement_) return true;
   if (const auto signature = responseElement_->signature(); signature && !signature->isValid()) {
-    storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorSignature);
+    storeError(error, SAMLParserErrorDomain, kSAMLParserErrorSignature);
     return false;
   }
   const SAMLResponseElement& element = *responseElement_;
@@ -122,7 +122,7 @@ bool SAMLResponse::isValid(ErrorOut error) const {
     if (assertion->isValid(&lastError)) anyValid = true;
   }
   if (all.empty() || anyValid) return true;
-  if (!lastError) storeError(&lastError, kSAMLParserErrorDomain, kSAMLParserErrorNoValidAssertion);
+  if (!lastError) storeError(&lastError, SAMLParserErrorDomain, kSAMLParserErrorNoValidAssertion);
   if (error != nullptr) *error = std::move(lastError);
   return false;
 }
