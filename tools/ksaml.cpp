@@ -1,6 +1,7 @@
 // ksaml, the command-line tool: shows what the library reads in a message, and writes requests.
 
 #include <cstdio>
+#include <cstdlib>
 #include <new>
 
 #include <CLI/CLI.hpp>
@@ -10,6 +11,16 @@
 #include "Table.h"
 
 namespace {
+
+[[noreturn]] void endWithoutMemory() {
+  std::fflush(stdout);
+  std::fputs("ksaml: out of memory\n", stderr);
+  std::_Exit(2);
+}
+
+// The JSON library allocates in destructors, and CLI11 before `main`: std::bad_alloc would abort
+// the process there. So this is called before other static objects are made.
+[[gnu::constructor(101)]] void endWhenOutOfMemory() { std::set_new_handler(&endWithoutMemory); }
 
 int run(int argc, char** argv) {
   CLI::App app(
@@ -60,7 +71,6 @@ int main(int argc, char** argv) {
   try {
     return run(argc, argv);
   } catch (const std::bad_alloc&) {
-    std::fputs("ksaml: out of memory\n", stderr);
-    return 2;
+    endWithoutMemory();
   }
 }
