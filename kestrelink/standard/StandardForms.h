@@ -88,12 +88,24 @@ inline void setDestination(const XMLWrapperDoc& request, std::string_view url) {
   }
 }
 
-/// Sets where the response is to be sent and by which binding (SAML 2.0 core, section 3.4.1).
+/// Sets where the response is to be sent and by which binding (SAML 2.0 core, section 3.4.1). When
+/// out of memory, neither is changed.
 inline void setAssertionConsumerService(const SAMLAuthNRequest& request, std::string_view url,
                                         std::string_view binding = kHttpPostBinding) {
   if (!request.requestElement()) return;
-  request.requestElement()->setAttributeWithName("AssertionConsumerServiceURL", url);
-  request.requestElement()->setAttributeWithName("ProtocolBinding", binding);
+  XMLWrapperElement& element = *request.requestElement();
+  constexpr std::string_view kUrl = "AssertionConsumerServiceURL";
+  const auto earlier = element.attributeWithName(kUrl);
+  std::optional<XMLWrapperAttribute> kept;
+  if (earlier) kept = *earlier;
+  element.setAttributeWithName(kUrl, url);
+  try {
+    element.setAttributeWithName("ProtocolBinding", binding);
+  } catch (...) {
+    if (kept) *element.attributeWithName(kUrl) = *std::move(kept);
+    if (!earlier) element.removeAttributeWithName(kUrl);
+    throw;
+  }
 }
 
 namespace detail {

@@ -79,6 +79,10 @@ class KESTRELINK_TYPE XMLWrapperElement {
   virtual std::shared_ptr<XMLWrapperAttribute> attributeWithName(std::string_view name) const;
   /// Replaces the attribute of that name by a new one without a namespace, or adds it.
   virtual void setAttributeWithName(std::string_view name, std::optional<std::string_view> value);
+  /// Does nothing when there is none.
+  void removeAttributeWithName(std::string_view name) {
+    std::erase_if(attributes_, [name](const auto& entry) { return entry.first == name; });
+  }
 
   /// The element's namespace, followed by those declared after it on the same element.
   virtual const NamespaceMap& namespaces() const;
