@@ -1,5 +1,6 @@
 #include "kestrelink/saml/messages/SAMLResponse.h"
 
+#include <algorithm>
 #include <typeinfo>
 #include <utility>
 
@@ -55,10 +56,13 @@ SAMLResponse::AttributeValues SAMLResponse::attributes() const {
 
 std::optional<std::vector<std::string>> SAMLResponse::attributeValuesForName(
     std::string_view name) const {
-  AttributeValues values = attributes();
-  const auto found = values.find(name);
-  if (found == values.end()) return std::nullopt;
-  return std::move(found->second);
+  const auto all = assertionsOrNone();
+  if (all.empty()) return std::nullopt;
+  const auto ofFirst = all.front()->samlAttributes();
+  const auto last = std::find_if(ofFirst.rbegin(), ofFirst.rend(), [name](const auto& attribute) {
+    return attribute->name() == name;
+  });
+  return last == ofFirst.rend() ? std::nullopt : std::optional((*last)->values());
 }
 
 std::optional<std::string> SAMLResponse::userName() const {
