@@ -12,9 +12,11 @@
 
 namespace {
 
+constexpr const char* kOutOfMemory = "ksaml: out of memory\n";
+
 [[noreturn]] void endWithoutMemory() {
   std::fflush(stdout);
-  std::fputs("ksaml: out of memory\n", stderr);
+  std::fputs(kOutOfMemory, stderr);
   std::_Exit(2);
 }
 
@@ -70,7 +72,8 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
   try {
     return run(argc, argv);
-  } catch (const std::bad_alloc&) {
-    endWithoutMemory();
+  } catch (const std::bad_alloc&) {  // of the library, for libxml2
+    std::fputs(kOutOfMemory, stderr);
+    return 2;
   }
 }
