@@ -89,7 +89,7 @@ void report(const std::string& work, const std::string& size, const char* unit, 
 
 // Runs a program to its end; its peak of memory in kB.
 long run(const std::string& program, const std::string& work, const std::string& file) {
-  std::FILE* const pipe = popen((program + " " + work + " " + file).c_str(), "r");
+  std::FILE* const pipe = popen(("'" + program + "' " + work + " '" + file + "'").c_str(), "r");
   long result = 0, peak = 0;
   const bool understood = pipe != nullptr && std::fscanf(pipe, "%ld %ld", &result, &peak) == 2;
   if (pipe == nullptr || pclose(pipe) != 0 || !understood) {

@@ -17,6 +17,7 @@ set(KESTRELINK_PUBLIC_HEADERS
   kestrelink/saml/elements/SAMLBaseElement.h
   kestrelink/saml/elements/SAMLConditions.h
   kestrelink/saml/elements/SAMLDate.h
+  kestrelink/saml/elements/SAMLErrors.h
   kestrelink/saml/elements/SAMLEvidence.h
   kestrelink/saml/elements/SAMLKeyInfo.h
   kestrelink/saml/elements/SAMLLogoutRequestElement.h

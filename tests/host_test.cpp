@@ -31,13 +31,11 @@ namespace {
   return known;
 }();
 
-TEST(Host, TheEnvironmentsLocaleAndTimeZoneAreReallyThere) {
-  const char* const locale = std::getenv("LC_ALL");
-  const std::string_view point = locale && std::string_view(locale).starts_with("de") ? "," : ".";
-  EXPECT_EQ(std::localeconv()->decimal_point, point);
+TEST(Host, TheLocaleAndTimeZoneOfATestElsewhereAreReallyThere) {
   const char* const zone = std::getenv("KESTRELINK_TEST_OFFSET");
+  if (zone == nullptr) return;
   ::tzset();
-  EXPECT_TRUE(zone == nullptr || std::to_string(::timezone) == zone);
+  EXPECT_EQ(std::localeconv()->decimal_point + std::to_string(::timezone), "," + std::string(zone));
 }
 
 void hostsHandler(void* /*context*/, const char* /*format*/, ...) {}
@@ -83,10 +81,10 @@ void useEverything() {
     texts.back().replace(good.find(what), std::string_view(what).size(), "MARKER");
   }
   const auto query = controller.newAttributeQuery("MARKER\x01");
+  const auto ignore = [](const auto&...) {};
   for (const std::string& text : texts) {
     std::optional<ErrorInfo> error;
-    controller.parseResponse(text, &error);
-    controller.parseCachedResponse(text);
+    ignore(controller.parseResponse(text, &error), controller.parseCachedResponse(text));
     query->setSubjectFromResponse(text);
     if (const auto doc = XMLWrapperDoc::initWithData(bytes(text), nullptr)) {
       doc->getResultsByXpathQuery("//MARKER:MARKER[", &error);
@@ -94,13 +92,12 @@ void useEverything() {
       doc->documentElement()->addChildElement(XMLWrapperElement::initWithTagName("<MARKER>"));
       doc->documentElement()->addChildElement(doc->documentElement());
       doc->documentElement()->setAttributeWithName("MARKER ", "MARKER\xFF");
-      doc->xmlString(&error);
+      ignore(doc->xmlString(&error));
     }
   }
-  query->xmlString();
-  controller.newAuthNRequest("MARKER")->xmlString();
-  controller.newAuthZQuery("MARKER :", "C")->xmlString();
-  controller.newLogoutRequest()->xmlString();
+  ignore(query->xmlString(), controller.newAuthNRequest("MARKER")->xmlString(),
+         controller.newAuthZQuery("MARKER :", "C")->xmlString(),
+         controller.newLogoutRequest()->xmlString());
 }
 
 TEST(Host, NoticesNothingButTheLogAndTheEntityLoader) {

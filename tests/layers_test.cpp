@@ -1,5 +1,6 @@
 // Includes point downwards only.
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -22,6 +23,28 @@ int includesThatMatch(const std::string& folder, const std::string& allowed) {
     }
   }
   return includes;
+}
+
+// One above the highest file of xml/ that the file or its header includes. `above` ends a circle.
+int levelInXml(const std::string& name, int above = 0) {
+  const std::regex pattern("^#include \"kestrelink/xml/([A-Za-z]+)\\.h\"");
+  int highest = 0;
+  for (const char* const ending : {".h", ".cpp"}) {
+    std::ifstream source(SOURCE_DIR "/kestrelink/xml/" + name + ending);
+    std::smatch match;
+    for (std::string line; above < 7 && std::getline(source, line);) {
+      if (std::regex_search(line, match, pattern) && match[1] != name)
+        highest = std::max(highest, levelInXml(match[1], above + 1));
+    }
+  }
+  return highest + 1;
+}
+
+TEST(Layers, XmlHasSixAndNoCircle) {
+  for (const auto& file : std::filesystem::directory_iterator(SOURCE_DIR "/kestrelink/xml")) {
+    if (!file.is_regular_file()) continue;
+    EXPECT_LE(levelInXml(file.path().stem()), 6) << file.path();
+  }
 }
 
 TEST(Layers, IncludesPointDownwards) {

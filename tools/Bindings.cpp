@@ -5,6 +5,7 @@
 
 #include "Base64Text.h"
 #include "Deflate.h"
+#include "Table.h"
 
 namespace ksaml {
 namespace {
@@ -76,7 +77,7 @@ std::optional<std::string> messageParameter(std::string_view text) {
 }
 
 std::nullopt_t refuse(const std::string& file, const char* reason) {
-  std::fprintf(stderr, "ksaml: %s %s\n", file.c_str(), reason);
+  std::fprintf(stderr, "ksaml: %s %s\n", printable(file).c_str(), reason);
   return std::nullopt;
 }
 

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <memory>
 
+#include "Table.h"
+
 namespace ksaml {
 
 std::optional<std::string> readInput(const std::string& path) {
@@ -25,7 +27,8 @@ std::optional<std::string> readInput(const std::string& path) {
     if (length < sizeof chunk) break;
   }
   if (!failed) return bytes;
-  std::fprintf(stderr, "ksaml: cannot read %s: %s\n", path.c_str(), std::strerror(errno));
+  const char* const reason = std::strerror(errno);
+  std::fprintf(stderr, "ksaml: cannot read %s: %s\n", printable(path).c_str(), reason);
   return std::nullopt;
 }
 

@@ -12,6 +12,7 @@
 #include "Bindings.h"
 #include "InputFile.h"
 #include "Reading.h"
+#include "Table.h"
 
 namespace ksaml {
 namespace {
@@ -21,7 +22,7 @@ kestrelink::SAMLParserController& controller() {
 }
 
 std::nullptr_t refuse(const char* format, const std::string& what) {
-  std::fprintf(stderr, format, what.c_str());
+  std::fprintf(stderr, format, printable(what).c_str());
   return nullptr;
 }
 

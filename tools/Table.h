@@ -7,8 +7,10 @@
 
 namespace ksaml {
 
-/// Text from a message as a terminal may see it: control characters, which could steer the
-/// terminal, become "\u" and their number.
+/// Text from a message, or a file name, as a terminal may see it. Characters that could steer the
+/// terminal, or that nobody would see there, become "\u" or "\U" and their number: controls, marks
+/// of direction, characters of no width, line separators, private use. A byte that is not UTF-8
+/// becomes "\x" and its number.
 std::string printable(std::string_view text);
 
 /// Names and values, printed in two columns.

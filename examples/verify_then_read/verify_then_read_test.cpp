@@ -141,6 +141,8 @@ TEST(VerifyThenRead, Cases) {
   Pieces pieces = firstPieces();
   const fs::path folder = fs::temp_directory_path() / ("verify." + std::to_string(getpid()));
   fs::create_directory(folder);
+  ::setenv("FOLDER", folder.c_str(), 1);
+  ::setenv("PROGRAM", PROGRAM, 1);
   for (const auto& [name, signer] : signers) std::ofstream(folder / name) << signer.certificate;
   for (const std::string& line : split(contentOf(FOLDER "/cases.txt"), "\n")) {
     if (line.empty() || line.starts_with('#')) continue;
@@ -159,7 +161,7 @@ TEST(VerifyThenRead, Cases) {
     }
     std::ofstream(folder / "m") << text;
     const std::string options = row[4] == "-" ? "--issuer https://idp.example key m" : row[4];
-    const std::string command = "cd " + folder.string() + " && " PROGRAM " " + options;
+    const std::string command = "cd \"$FOLDER\" && \"$PROGRAM\" " + options;
     std::FILE* const pipe = popen((command + " 2>errors").c_str(), "r");
     std::string out(1000, '\0');
     out.resize(std::fread(out.data(), 1, out.size(), pipe));

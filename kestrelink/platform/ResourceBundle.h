@@ -20,7 +20,7 @@ class ResourceBundle {
   static const ResourceBundle* ofLibrary();
 
   /// The resource's bytes; `std::nullopt` when there is no such regular file or it cannot be read,
-  /// with the reason in English. Throws `std::bad_alloc` also when no file descriptor is left, when
+  /// with the reason. Throws `std::bad_alloc` also when no file descriptor is left, when
   /// the file cannot be read at this moment (EAGAIN), and when its length changes meanwhile.
   std::optional<std::string> bytes(std::string_view name, std::optional<std::string_view> extension,
                                    std::string* reason = nullptr) const;

@@ -1,11 +1,7 @@
 #include "kestrelink/saml/SAMLConstants.h"
 
-#include "kestrelink/saml/elements/SAMLErrors.h"
-
 namespace kestrelink {
 
-constinit const std::string_view SAMLParserErrorDomain = kSAMLParserErrorDomain;
-constinit const std::string_view SAMLParserDetailedErrorsKey = "SAMLParserDetailedErrorsKey";
 constinit const std::string_view SAMLAuthZDecisionQueryActionPlay = "Play";
 constinit const std::string_view SAMLAttributePropertyNameUserID =
     "urn:cablelabs:olca:1.0:attribute:subscriber:identifier";

@@ -4,14 +4,9 @@
 #include <string_view>
 
 #include "kestrelink/platform/Export.h"
+#include "kestrelink/saml/elements/SAMLErrors.h"  // IWYU pragma: export
 
 namespace kestrelink {
-
-/// Domain of the errors of the SAML layer; `SAMLParserErrorCode` has the codes.
-KESTRELINK_EXPORT extern const std::string_view SAMLParserErrorDomain;
-
-/// A key of `ErrorInfo::info` for detailed errors. No error uses it.
-KESTRELINK_EXPORT extern const std::string_view SAMLParserDetailedErrorsKey;
 
 /// The action "Play", for authorisation decision queries.
 KESTRELINK_EXPORT extern const std::string_view SAMLAuthZDecisionQueryActionPlay;

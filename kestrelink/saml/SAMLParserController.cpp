@@ -94,7 +94,7 @@ std::shared_ptr<SAMLLogoutRequest> SAMLParserController::newLogoutRequest(ErrorO
 
 SharedBytes SAMLParserController::dataFromString(std::string_view text, ErrorOut error) const {
   if (!isUtf8(text)) {
-    storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorNotUtf8);
+    storeError(error, SAMLParserErrorDomain, kSAMLParserErrorNotUtf8);
     return nullptr;
   }
   return std::make_shared<const std::string>(text);

@@ -55,26 +55,25 @@ class KESTRELINK_EXPORT SAMLParserController {
   ///
   /// An accepted response may still be a denial: see `SAMLResponse::expectedAction`. No signature
   /// is verified: verify the response first.
-  std::shared_ptr<SAMLResponse> parseResponse(std::string_view response,
-                                              ErrorOut error = nullptr) const;
+  [[nodiscard]] std::shared_ptr<SAMLResponse> parseResponse(std::string_view response,
+                                                            ErrorOut error = nullptr) const;
 
   /// The same without the check of time windows, for a response that the client stored. A root that
   /// is not a response is not rejected: the error is `kSAMLParserErrorWrongRoot`, and the document
   /// has no `responseElement`.
-  std::shared_ptr<SAMLResponse> parseCachedResponse(std::string_view response,
-                                                    ErrorOut error = nullptr) const;
+  [[nodiscard]] std::shared_ptr<SAMLResponse> parseCachedResponse(std::string_view response,
+                                                                  ErrorOut error = nullptr) const;
 
   /// The four requests, to be filled in further and written with `xmlString`. Each has a new
   /// identifier and the current time as "IssueInstant". Never null.
-  std::shared_ptr<SAMLAuthNRequest> newAuthNRequest(std::string_view issuer,
-                                                    ErrorOut error = nullptr) const;
-  std::shared_ptr<SAMLAttributeQuery> newAttributeQuery(std::string_view channelId,
-                                                        ErrorOut error = nullptr) const;
+  [[nodiscard]] std::shared_ptr<SAMLAuthNRequest> newAuthNRequest(std::string_view issuer,
+                                                                  ErrorOut error = nullptr) const;
+  [[nodiscard]] std::shared_ptr<SAMLAttributeQuery> newAttributeQuery(
+      std::string_view channelId, ErrorOut error = nullptr) const;
   /// The resource is a URL, written unchanged.
-  std::shared_ptr<SAMLAuthZDecisionQuery> newAuthZQuery(std::string_view resource,
-                                                        std::string_view channelId,
-                                                        ErrorOut error = nullptr) const;
-  std::shared_ptr<SAMLLogoutRequest> newLogoutRequest(ErrorOut error = nullptr) const;
+  [[nodiscard]] std::shared_ptr<SAMLAuthZDecisionQuery> newAuthZQuery(
+      std::string_view resource, std::string_view channelId, ErrorOut error = nullptr) const;
+  [[nodiscard]] std::shared_ptr<SAMLLogoutRequest> newLogoutRequest(ErrorOut error = nullptr) const;
 
   /// The text's bytes; null with `kSAMLParserErrorNotUtf8` when it is not UTF-8.
   SharedBytes dataFromString(std::string_view text, ErrorOut error = nullptr) const;

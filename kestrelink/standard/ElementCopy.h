@@ -80,8 +80,8 @@ inline void copyAttribute(XMLWrapperElement& copy, const std::string& key,
 
 /// A deep copy of the element. It declares the namespaces that it uses, those of its attributes
 /// included, which the original does not declare.
-inline std::shared_ptr<XMLWrapperElement> copyOf(const XMLWrapperElement& original,
-                                                 int levels = detail::kDeepestCopied) {
+[[nodiscard]] inline std::shared_ptr<XMLWrapperElement> copyOf(
+    const XMLWrapperElement& original, int levels = detail::kDeepestCopied) {
   auto copy = detail::blankElement(original.tagName());
   if (!original.namespaces().empty()) copy->setNamespace(original.namespaces().at(0));
   for (const auto& [key, attribute] : original.attributes()) {

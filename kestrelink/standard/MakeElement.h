@@ -23,7 +23,7 @@ inline constexpr const char* kProtocolNamespace = "urn:oasis:names:tc:SAML:2.0:p
 ///
 /// Null when the text yields no XML; malformed text is read as far as libxml2 recovers it. Throws
 /// only `std::bad_alloc`.
-inline std::shared_ptr<XMLWrapperElement> elementFromText(std::string_view xml) {
+[[nodiscard]] inline std::shared_ptr<XMLWrapperElement> elementFromText(std::string_view xml) {
   SAMLParserController::sharedInstance();  // registers the SAML element classes
   const auto document =
       XMLWrapperDoc::initWithData(std::make_shared<const std::string>(xml), nullptr);
@@ -36,7 +36,7 @@ inline std::shared_ptr<XMLWrapperElement> elementFromText(std::string_view xml) 
 
 /// Creates a "NameID" (SAML 2.0 core, section 2.2.3) with that text, for a subject or a logout
 /// request. Set its attributes with `setAttributeWithName`.
-inline std::shared_ptr<XMLWrapperElement> newNameId(std::string_view identifier) {
+[[nodiscard]] inline std::shared_ptr<XMLWrapperElement> newNameId(std::string_view identifier) {
   auto element = elementFromText("<NameID/>");
   element->setNamespace(std::make_shared<XMLWrapperNamespace>("saml", kAssertionNamespace));
   element->setTextContent(std::string(identifier));

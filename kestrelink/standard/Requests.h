@@ -4,8 +4,11 @@
 //     "C"}); if (!setSubjectFrom(*query, *response)) giveUp("the response names nobody");
 #pragma once
 
+#include <algorithm>
+#include <initializer_list>
 #include <memory>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "kestrelink/standard/ElementCopy.h"
@@ -13,22 +16,40 @@
 
 namespace kestrelink::standard {
 
+namespace detail {
+
+/// Puts the child in the place of all children of those names. Stores a new list at the end, so
+/// that nothing is changed when out of memory.
+inline void replaceChildren(XMLWrapperElement& parent,
+                            std::initializer_list<std::string_view> names,
+                            const std::shared_ptr<XMLWrapperElement>& child) {
+  XMLWrapperElement::List children = parent.elements();
+  std::erase_if(children, [names](const auto& old) {
+    return std::find(names.begin(), names.end(), old->tagName()) != names.end();
+  });
+  children.push_back(child);
+  parent.setElements(std::move(children));
+}
+
+}  // namespace detail
+
 /// Sets the subject of an authentication request or a query to that of the response, and removes
 /// any other. The element is then part of both; `toStandardForm` does not change it. False, and
-/// nothing changed, when the response has no subject or the document no `requestElement`.
+/// nothing changed, when the response has no subject or the document no `requestElement`. Nothing
+/// is changed either when out of memory.
 template <class Request>
 [[nodiscard]] bool setSubjectFrom(const Request& request, const SAMLResponse& response) {
   const auto subject = response.subject();
   const auto& element = request.requestElement();
   if (!subject || !element) return false;
-  for (const auto& old : element->getElementsByTagName("Subject")) element->removeChildElement(old);
-  element->setSubject(subject);
+  detail::replaceChildren(*element, {"Subject"}, subject);
   return true;
 }
 
 /// Copies the subject's name identifier, with all its attributes, into the logout request and
 /// replaces any that is there. The copy is named "NameId", so that it is written with and without
 /// `toStandardForm`. False when the subject has none, or the document no root element of its class.
+/// When out of memory, the request is not changed.
 [[nodiscard]] inline bool setNameIdFrom(const SAMLLogoutRequest& request,
                                         const SAMLSubject& subject) {
   const auto identifier = nameIdOf(subject);
@@ -36,10 +57,7 @@ template <class Request>
   if (!identifier || !element) return false;
   auto copy = copyOf(*identifier);
   copy->setTagName("NameId");
-  for (const char* name : {"NameId", "NameID"}) {
-    for (const auto& old : element->getElementsByTagName(name)) element->removeChildElement(old);
-  }
-  element->addChildElement(copy);
+  detail::replaceChildren(*element, {"NameId", "NameID"}, copy);
   return true;
 }
 

@@ -88,12 +88,24 @@ inline void setDestination(const XMLWrapperDoc& request, std::string_view url) {
   }
 }
 
-/// Sets where the response is to be sent and by which binding (SAML 2.0 core, section 3.4.1).
+/// Sets where the response is to be sent and by which binding (SAML 2.0 core, section 3.4.1). When
+/// out of memory, neither is changed.
 inline void setAssertionConsumerService(const SAMLAuthNRequest& request, std::string_view url,
                                         std::string_view binding = kHttpPostBinding) {
   if (!request.requestElement()) return;
-  request.requestElement()->setAttributeWithName("AssertionConsumerServiceURL", url);
-  request.requestElement()->setAttributeWithName("ProtocolBinding", binding);
+  XMLWrapperElement& element = *request.requestElement();
+  constexpr std::string_view kUrl = "AssertionConsumerServiceURL";
+  const auto earlier = element.attributeWithName(kUrl);
+  std::optional<XMLWrapperAttribute> kept;
+  if (earlier) kept = *earlier;
+  element.setAttributeWithName(kUrl, url);
+  try {
+    element.setAttributeWithName("ProtocolBinding", binding);
+  } catch (...) {
+    if (kept) *element.attributeWithName(kUrl) = *std::move(kept);
+    if (!earlier) element.removeAttributeWithName(kUrl);
+    throw;
+  }
 }
 
 namespace detail {
@@ -225,8 +237,9 @@ StandardForm toStandardForm(Request& request, std::string_view tagName,
 
 /// Gives a request its standard form. All four overloads
 ///
-/// - store a new element tree in the document: elements that a client got from the request before
-///   are no longer part of it, and a subject shared with a response is not changed;
+/// - store a new element tree in the document. An element that a client got from the request
+///   before, `requestElement()` included, is no longer part of it: setting something there changes
+///   nothing that is sent. Get it again. A subject shared with a response is not changed;
 /// - leave out children that are not allowed in such a request, as `xmlString` does;
 /// - put "_" before an "ID" whose first character cannot start an XML name, such as a UUID;
 /// - write subjects completely: "NameId" becomes "NameID", confirmations keep all that the schema
@@ -239,7 +252,7 @@ StandardForm toStandardForm(Request& request, std::string_view tagName,
 ///
 /// This overload: "NameIdPolicy" becomes "NameIDPolicy", "ProviderID" becomes "ProviderName". Of
 /// several policies, conditions, requested contexts and scopings the last is kept.
-inline StandardForm toStandardForm(SAMLAuthNRequest& request) {
+[[nodiscard]] inline StandardForm toStandardForm(SAMLAuthNRequest& request) {
   const auto mend = [](XMLWrapperElement& root) {
     for (const auto& policy : root.getElementsByTagName("NameIdPolicy")) {
       policy->setTagName("NameIDPolicy");
@@ -257,7 +270,7 @@ inline StandardForm toStandardForm(SAMLAuthNRequest& request) {
 }
 
 /// As above. The query must have a subject.
-inline StandardForm toStandardForm(SAMLAttributeQuery& query) {
+[[nodiscard]] inline StandardForm toStandardForm(SAMLAttributeQuery& query) {
   return detail::toStandardForm(
       query, "AttributeQuery", {"Subject", "Attribute"},
       [](XMLWrapperElement& root) { return detail::mendSubject(root, true); });
@@ -267,8 +280,8 @@ inline StandardForm toStandardForm(SAMLAttributeQuery& query) {
 /// namespace and, where it is missing, the attribute "Namespace" with `actionNamespace`; the
 /// provider documents which one it expects for actions such as "Play". The library's evidence
 /// ("Element") is left out; an "Evidence" that the client added is kept.
-inline StandardForm toStandardForm(SAMLAuthZDecisionQuery& query,
-                                   std::string_view actionNamespace = kDefaultActionNamespace) {
+[[nodiscard]] inline StandardForm toStandardForm(
+    SAMLAuthZDecisionQuery& query, std::string_view actionNamespace = kDefaultActionNamespace) {
   const auto mend = [actionNamespace](XMLWrapperElement& root) {
     const auto actions = root.getElementsByTagName("Action");
     if (attributeText(root, "Resource").value_or("").empty()) return StandardForm::noResource;
@@ -287,7 +300,7 @@ inline StandardForm toStandardForm(SAMLAuthZDecisionQuery& query,
 }
 
 /// As above. The request must have a name identifier: see `setNameIdFrom` and `newNameId`.
-inline StandardForm toStandardForm(SAMLLogoutRequest& request) {
+[[nodiscard]] inline StandardForm toStandardForm(SAMLLogoutRequest& request) {
   const auto mend = [](XMLWrapperElement& root) {
     const std::size_t identifiers = detail::mendNameIdentifiers(root);
     if (identifiers == 0) return StandardForm::noNameIdentifier;

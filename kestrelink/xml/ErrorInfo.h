@@ -29,32 +29,16 @@ enum XMLWrapperErrorCode : std::int64_t {
   kXMLWrapperErrorXPathNoNodeSet = 301,
 };
 
-/// The codes of `SAMLParserErrorDomain`, the SAML layer.
-enum SAMLParserErrorCode : std::int64_t {
-  /// The text is not UTF-8.
-  kSAMLParserErrorNotUtf8 = 100,
-  /// The document's root is not the element expected; `kReceivedClassKey` names its class.
-  kSAMLParserErrorWrongRoot = 102,
-  /// `createElement` was called on a class that has none of its own.
-  kSAMLParserErrorNoMaker = 201,
-  /// There are assertions, none is valid, and none reported an error. No class of the library does
-  /// this.
-  kSAMLParserErrorNoValidAssertion = 400,
-  /// An authentication has expired, or the current time is outside an assertion's time window.
-  kSAMLParserErrorTime = 401,
-  /// `SAMLSignature::isValid` returned false. The library's own always returns true.
-  kSAMLParserErrorSignature = 500,
-};
-
 /// Why an operation failed: a domain and one of its codes. Running out of memory is not reported
 /// here: the operation throws `std::bad_alloc`, except with `kXMLWrapperErrorNotWritten`,
 /// `kXMLWrapperErrorXPathNotPrepared` and `kXMLWrapperErrorXPathNotEvaluated`.
 ///
-///     if (error && error->domain == SAMLParserErrorDomain && error->code == kSAMLParserErrorTime)
+///     if (error && error->domain == kXMLWrapperErrorDomain &&
+///         error->code == kXMLWrapperErrorNoTree)
 struct ErrorInfo {
   std::string domain;
   std::int64_t code = 0;
-  /// Empty for most errors; else one entry under `kLocalizedDescriptionKey` or `kReceivedClassKey`.
+  /// Empty for most errors; else one entry, whose key the comment on the code names.
   std::map<std::string, std::string, std::less<>> info;
 
   bool operator==(const ErrorInfo&) const = default;
@@ -68,9 +52,5 @@ inline constexpr std::string_view kXMLWrapperErrorDomain = "XMLWrapperErrorDomai
 
 /// Key of the text that describes an error.
 inline constexpr std::string_view kLocalizedDescriptionKey = "localizedDescription";
-
-/// Key of the class name in an error `kSAMLParserErrorWrongRoot`. Kept as it is spelt: clients
-/// match this text.
-inline constexpr std::string_view kReceivedClassKey = "recievedClass";
 
 }  // namespace kestrelink

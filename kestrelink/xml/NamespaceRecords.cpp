@@ -6,7 +6,13 @@
 
 #include <libxml/tree.h>
 
+#include "kestrelink/xml/libxml/LibxmlText.h"
+
 namespace kestrelink {
+
+std::shared_ptr<XMLWrapperNamespace> XMLWrapperNamespace::initWithNsNode(const xmlNs* record) {
+  return std::make_shared<XMLWrapperNamespace>(textOf(record->prefix), textOf(record->href));
+}
 
 NamespaceRecords::Record& NamespaceRecords::read(const xmlNs* record) {
   std::vector<const xmlNs*> unknown;

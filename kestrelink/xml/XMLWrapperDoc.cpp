@@ -5,9 +5,10 @@
 #include <libxml/tree.h>
 
 #include "kestrelink/xml/StoreError.h"
-#include "kestrelink/xml/XMLWrapperElementFactory.h"
+#include "kestrelink/xml/TreeReader.h"
 #include "kestrelink/xml/XMLWrapperQuery.h"
 #include "kestrelink/xml/XMLWrapperSchema.h"
+#include "kestrelink/xml/XPathPrefixes.h"
 #include "kestrelink/xml/libxml/BoundedParse.h"
 #include "kestrelink/xml/libxml/DetachedNode.h"
 #include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
@@ -69,8 +70,10 @@ bool XMLWrapperDoc::setXMLDoc(ErrorOut error) {
 std::shared_ptr<XMLWrapperElement> XMLWrapperDoc::createDocumentElement(ErrorOut /*error*/) {
   docNode_ = xmlDocGetRootElement(doc_.get());
   if (docNode_ == nullptr) return nullptr;
-  const auto& elementClass = XMLWrapperElementFactory::sharedInstance().classForXMLNode(docNode_);
-  return XMLWrapperElement::initWithNode(elementClass, {doc_, docNode_}, query_);
+  TreeReader reader(doc_, query_);
+  std::shared_ptr<XMLWrapperElement> root = reader.read(docNode_);
+  if (query_) bindXPathPrefixes(reader.prefixes());
+  return root;
 }
 
 SharedXmlDoc XMLWrapperDoc::docNode(ErrorOut error) const {

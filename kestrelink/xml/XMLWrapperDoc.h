@@ -36,13 +36,13 @@ class KESTRELINK_EXPORT XMLWrapperDoc {
   ///   (the bounds are in docs/security.md);
   /// - `kXMLWrapperErrorNotValid`: the document is not valid;
   /// - no error: the document has no root element and there is no schema.
-  static std::shared_ptr<XMLWrapperDoc> initWithData(SharedBytes data, SharedBytes schema,
-                                                     ErrorOut error = nullptr);
+  [[nodiscard]] static std::shared_ptr<XMLWrapperDoc> initWithData(SharedBytes data,
+                                                                   SharedBytes schema,
+                                                                   ErrorOut error = nullptr);
 
   /// Wraps an element made in memory. Cannot fail.
-  static std::shared_ptr<XMLWrapperDoc> initWithElement(std::shared_ptr<XMLWrapperElement> element,
-                                                        SharedBytes schema,
-                                                        ErrorOut error = nullptr);
+  [[nodiscard]] static std::shared_ptr<XMLWrapperDoc> initWithElement(
+      std::shared_ptr<XMLWrapperElement> element, SharedBytes schema, ErrorOut error = nullptr);
 
   explicit XMLWrapperDoc(Making);
   virtual ~XMLWrapperDoc();
@@ -51,20 +51,20 @@ class KESTRELINK_EXPORT XMLWrapperDoc {
 
   /// Parses `xmlData` again, and validates it when there are schema bytes. False with the errors of
   /// `initWithData`. Elements of an earlier parse then behave as if their document were destroyed.
-  bool createDocument(ErrorOut error = nullptr);
+  [[nodiscard]] bool createDocument(ErrorOut error = nullptr);
   /// The same without validation.
-  bool setXMLDoc(ErrorOut error = nullptr);
+  [[nodiscard]] bool setXMLDoc(ErrorOut error = nullptr);
   /// Builds the element tree of the parsed document; null without an error when it has no root.
-  std::shared_ptr<XMLWrapperElement> createDocumentElement(ErrorOut error = nullptr);
+  [[nodiscard]] std::shared_ptr<XMLWrapperElement> createDocumentElement(ErrorOut error = nullptr);
 
   /// A new libxml2 document of the current element tree; null with `kXMLWrapperErrorNotWritten`
   /// when the tree cannot be written.
-  SharedXmlDoc docNode(ErrorOut error = nullptr) const;
+  [[nodiscard]] SharedXmlDoc docNode(ErrorOut error = nullptr) const;
   /// The element tree as indented XML text, without an XML declaration; `std::nullopt` with
   /// `kXMLWrapperErrorNotWritten` when the tree cannot be written. When the text is returned
   /// without an attribute or a namespace, the error is `kXMLWrapperErrorAttributeNotWritten` or
   /// `kXMLWrapperErrorNamespaceNotWritten`.
-  std::optional<std::string> xmlString(ErrorOut error = nullptr) const;
+  [[nodiscard]] std::optional<std::string> xmlString(ErrorOut error = nullptr) const;
 
   /// Registers a prefix for XPath; does nothing in a document built around an element.
   void setNamespace(const XMLWrapperNamespace& ns);

@@ -2,38 +2,18 @@
 
 #include <algorithm>
 #include <iterator>
-#include <unordered_map>
 #include <unordered_set>
-
-#include <libxml/tree.h>
 
 #include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/platform/NoDestructor.h"
-#include "kestrelink/platform/Text.h"
-#include "kestrelink/xml/StoreError.h"
-#include "kestrelink/xml/XMLTreeReading.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
-#include "kestrelink/xml/XMLWrapperQuery.h"
 #include "kestrelink/xml/XPathPrefixes.h"
-#include "kestrelink/xml/libxml/DetachedNode.h"
-#include "kestrelink/xml/libxml/LibxmlDump.h"
-#include "kestrelink/xml/libxml/LibxmlErrorRoute.h"
-#include "kestrelink/xml/libxml/LibxmlSetup.h"
-#include "kestrelink/xml/libxml/LibxmlText.h"
-#include "kestrelink/xml/libxml/XmlCharacters.h"
+
+// What an element holds and looks up. Its operations that read are in TreeReader.cpp, those that
+// write in TreeWriter.cpp, XPath in XMLWrapperQuery.cpp.
 
 namespace kestrelink {
 namespace {
-
-// Counts matching records of a libxml2 list, so that a vector can be reserved in one allocation.
-template <class Record, class Counts>
-std::size_t lengthOf(const Record* first, Counts counts) {
-  std::size_t length = 0;
-  for (const Record* record = first; record != nullptr; record = record->next) {
-    if (counts(*record)) ++length;
-  }
-  return length;
-}
 
 template <class Value>
 const Value& none() {
@@ -41,47 +21,12 @@ const Value& none() {
   return value;
 }
 
-// Finds attributes by name in a list while it grows: linearly in a short list, by a hash table in a
-// long one.
-class AttributePlaces {
- public:
-  using Map = XMLWrapperElement::AttributeMap;
-
-  AttributePlaces(Map& attributes, std::size_t atMost)
-      : attributes_(attributes), isLong_(atMost > 16) {}
-
-  std::shared_ptr<XMLWrapperAttribute>* find(std::string_view name) {
-    if (isLong_) {
-      const auto [place, isNew] = places_.try_emplace(std::string(name), attributes_.size());
-      return isNew ? nullptr : &attributes_[place->second].second;
-    }
-    const auto found = std::find_if(attributes_.begin(), attributes_.end(),
-                                    [name](const auto& entry) { return entry.first == name; });
-    return found == attributes_.end() ? nullptr : &found->second;
-  }
-
- private:
-  Map& attributes_;
-  const bool isLong_;
-  std::unordered_map<std::string, std::size_t> places_;
-};
-
-// Writing is recursive, so its depth is limited. libxml2 reads only 256 levels.
-constexpr int kDeepestWritten = 1000;
-constinit thread_local int levelsAbove = 0;
-
-class WrittenLevel {
- public:
-  WrittenLevel() { ++levelsAbove; }
-  ~WrittenLevel() { --levelsAbove; }
-  WrittenLevel(const WrittenLevel&) = delete;
-  WrittenLevel& operator=(const WrittenLevel&) = delete;
-};
-
 }  // namespace
 
 constinit const XMLWrapperElementClass XMLWrapperElement::elementClass{
     "XMLWrapperElement", &makeElementInstance<XMLWrapperElement>};
+
+const XMLWrapperElementClass& plainElementClass() { return XMLWrapperElement::elementClass; }
 
 XMLWrapperElement::XMLWrapperElement() : class_(&elementClass) {}
 
@@ -106,71 +51,6 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperElementClass::makeInstance() const 
 }
 
 const XMLWrapperElementClass& XMLWrapperElement::dynamicClass() const { return *class_; }
-
-// Reading
-
-std::shared_ptr<XMLWrapperElement> XMLWrapperElement::initWithNode(
-    const XMLWrapperElementClass& asClass, const XmlNodeRef& node,
-    const std::shared_ptr<XMLWrapperQuery>& query) {
-  const auto reading = std::make_shared<XMLTreeReading>(node.doc, query);
-  std::shared_ptr<XMLWrapperElement> element = reading->read(asClass, node.node);
-  if (query) bindXPathPrefixes(reading->namespaces.latestBindings());
-  return element;
-}
-
-// XPath results are nodes of every kind, all typed as xmlNode. Only fields that the kind has are
-// read.
-void XMLWrapperElement::readNode(::xmlNode* node, XMLTreeReading& reading) {
-  node_ = node;
-  reading_ = reading.shared_from_this();
-  readTagName_ = &reading.nameOf(*node).text;
-
-  const bool isElement = node->type == XML_ELEMENT_NODE;
-  const bool isAttribute = node->type == XML_ATTRIBUTE_NODE;
-  if (isElement || isAttribute) readNamespaces_ = reading.namespaces.recordedFrom(node->ns);
-  if (isElement) readAttributes(node, reading);
-  if (isElement || isAttribute || node->type == XML_DOCUMENT_NODE) readChildren(node, reading);
-}
-
-void XMLWrapperElement::readAttributes(const ::xmlNode* node, XMLTreeReading& reading) {
-  const std::size_t count = lengthOf(node->properties, [](const xmlAttr&) { return true; });
-  attributes_.reserve(count);
-  AttributePlaces places(attributes_, count);
-  for (const xmlAttr* record = node->properties; record != nullptr; record = record->next) {
-    const std::string_view name = viewOf(record->name);
-    if (!isUtf8(name)) continue;
-    std::shared_ptr<XMLWrapperAttribute> attribute = reading.newAttribute();
-    attribute->readNode(record, reading.namespaces.namespaceOf(record->ns));
-    // Of two attributes with the same local name in different namespaces the later one is kept.
-    if (std::shared_ptr<XMLWrapperAttribute>* const earlier = places.find(name)) {
-      *earlier = std::move(attribute);
-    } else {
-      attributes_.emplace_back(std::string(name), std::move(attribute));
-    }
-  }
-}
-
-void XMLWrapperElement::readChildren(const ::xmlNode* node, XMLTreeReading& reading) {
-  elements_.reserve(lengthOf(
-      node->children, [](const ::xmlNode& child) { return child.type == XML_ELEMENT_NODE; }));
-  for (::xmlNode* child = node->children; child != nullptr; child = child->next) {
-    if (child->type == XML_TEXT_NODE) {
-      const std::string_view content = viewOf(child->content);
-      if (isUtf8(content)) appendText(trimmed(content));
-    } else if (child->type == XML_ELEMENT_NODE) {
-      elements_.push_back(reading.read(*reading.nameOf(*child).elementClass, child));
-    }
-  }
-}
-
-void XMLWrapperElement::appendText(std::string_view text) {
-  if (text.empty()) return;
-  if (textContent_) {
-    textContent_->append(text);
-  } else {
-    textContent_.emplace(text);  // without the room that appending would add
-  }
-}
 
 // Making in memory
 
@@ -215,10 +95,6 @@ void XMLWrapperElement::setChildElementSequence(std::optional<std::vector<std::s
   changes().childElementSequence = std::move(sequence);
 }
 
-const std::shared_ptr<XMLWrapperQuery>& XMLWrapperElement::query() const {
-  if (changes_ && changes_->query) return *changes_->query;
-  return reading_ ? reading_->query : none<std::shared_ptr<XMLWrapperQuery>>();
-}
 void XMLWrapperElement::setQuery(std::shared_ptr<XMLWrapperQuery> query) {
   changes().query = std::move(query);
 }
@@ -257,7 +133,7 @@ const NamespaceMap& XMLWrapperElement::namespaces() const {
 void XMLWrapperElement::setNamespace(const std::shared_ptr<const XMLWrapperNamespace>& ns) {
   if (!ns) return;
   // Register first: `ns` may refer to an entry of the list that is replaced below.
-  if (query()) query()->registerNamespace(*ns);
+  if (query()) bindXPathPrefixes({ns.get()});
   NamespaceMap changed = namespaces();
   changed.set(ns);
   changes().namespaces = std::move(changed);
@@ -351,89 +227,6 @@ void XMLWrapperElement::replaceChildElement(const std::shared_ptr<XMLWrapperElem
   if (isChild(newElement)) return;
   const auto place = std::find(elements_.begin(), elements_.end(), oldElement);
   if (place != elements_.end() && adopt(newElement)) *place = newElement;
-}
-
-void XMLWrapperElement::reorderChildElements() {
-  List ordered;
-  ordered.reserve(elements_.size());
-  if (const auto& sequence = childElementSequence()) {
-    for (const std::string& name : *sequence) {
-      std::copy_if(elements_.begin(), elements_.end(), std::back_inserter(ordered),
-                   [&name](const auto& child) { return child->tagName() == name; });
-    }
-  }
-  elements_ = std::move(ordered);
-}
-
-// XPath
-
-std::optional<XMLWrapperElement::List> XMLWrapperElement::getResultsByXpathQuery(
-    std::string_view xpath) const {
-  XmlNodeRef context{reading_ ? reading_->tree.lock() : nullptr, node_};
-  const bool madeInMemory = changes_ && changes_->madeAs;
-  if (!query() || (!context.doc && !madeInMemory)) return std::nullopt;
-  ensureLibxmlParser();
-  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
-  XmlNodeOwner empty;
-  if (!context.doc) {
-    // libxml2 dereferences a null pointer for a node without a document.
-    context.doc = SharedXmlDoc(XmlDocOwner(xmlNewDoc(nullptr)));
-    empty.reset(xmlNewDocNode(context.doc.get(), nullptr, xmlTextOf(*changes_->madeAs), nullptr));
-    context.node = empty.get();
-    route.throwIfOutOfMemory();
-  }
-  std::optional<ErrorInfo> error;
-  std::optional<List> results = query()->executeXpathQuery(context, xpath, &error);
-  if (!results && error) logDiagnostic(error->domain + " " + std::to_string(error->code));
-  return results;
-}
-
-std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstResultByXpathQuery(
-    std::string_view xpath) const {
-  const std::optional<List> results = getResultsByXpathQuery(xpath);
-  return results && !results->empty() ? results->front() : nullptr;
-}
-
-// Writing
-
-DetachedNode XMLWrapperElement::xmlNode(ErrorOut error) {
-  if (levelsAbove == kDeepestWritten) {
-    return DetachedNode::refused("An element below 1000 others cannot be written");
-  }
-  const WrittenLevel level;
-  const std::optional<std::string>& name = tagName();
-  if (!name || !isXmlName(*name)) {
-    return DetachedNode::refused("An element whose tag name is no XML name cannot be written");
-  }
-  DetachedNode node(XmlNodeOwner(xmlNewNode(nullptr, xmlTextOf(*name))));
-  if (!node) return {};
-  if (childElementSequence()) reorderChildElements();
-
-  for (const auto& [key, attribute] : attributes_) attribute->xmlAttrNodeForNode(node, error);
-  const NamespaceMap& declared = namespaces();
-  // Appended here: libxml2 would compare each prefix with all before it, and they all differ.
-  for (xmlNs** last = &node.get()->nsDef; const auto& ns : declared) {
-    if ((*last = ns->xmlNsForNode(nullptr, error)) != nullptr) last = &(*last)->next;
-  }
-  if (node.get()->nsDef != nullptr) xmlSetNs(node.get(), node.get()->nsDef);
-  if (textContent_) {
-    std::string replacement;
-    xmlAddChild(node.get(), xmlNewText(BAD_CAST node.writable(*textContent_, replacement)));
-  }
-  for (const auto& child : elements_) node.addChild(child->xmlNode(error));
-  return node;
-}
-
-std::optional<std::string> XMLWrapperElement::xmlString(ErrorOut error) {
-  ensureLibxmlParser();
-  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
-  const DetachedNode node = xmlNode(error);
-  route.throwIfOutOfMemory();
-  if (!node) return std::nullopt;
-  std::optional<std::string> text;
-  if (!dumpXml(node.get(), route, text))
-    storeError(error, kXMLWrapperErrorDomain, kXMLWrapperErrorNotWritten);
-  return text;
 }
 
 }  // namespace kestrelink

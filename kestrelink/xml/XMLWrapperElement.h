@@ -79,6 +79,10 @@ class KESTRELINK_TYPE XMLWrapperElement {
   virtual std::shared_ptr<XMLWrapperAttribute> attributeWithName(std::string_view name) const;
   /// Replaces the attribute of that name by a new one without a namespace, or adds it.
   virtual void setAttributeWithName(std::string_view name, std::optional<std::string_view> value);
+  /// Does nothing when there is none.
+  void removeAttributeWithName(std::string_view name) {
+    std::erase_if(attributes_, [name](const auto& entry) { return entry.first == name; });
+  }
 
   /// The element's namespace, followed by those declared after it on the same element.
   virtual const NamespaceMap& namespaces() const;
@@ -138,7 +142,7 @@ class KESTRELINK_TYPE XMLWrapperElement {
   /// The element as indented XML text; the errors of `xmlNode` may be set although it is returned.
   /// `std::nullopt` when there is no node, and with `kXMLWrapperErrorNotWritten` when there is no
   /// memory for the first buffer.
-  virtual std::optional<std::string> xmlString(ErrorOut error = nullptr);
+  [[nodiscard]] virtual std::optional<std::string> xmlString(ErrorOut error = nullptr);
 
   /// The class this element is an instance of.
   virtual const XMLWrapperElementClass& dynamicClass() const;
@@ -147,15 +151,14 @@ class KESTRELINK_TYPE XMLWrapperElement {
   friend class XMLTreeReading;
   friend class XMLWrapperElementClass;
 
-  /// Fills a new element from a node.
+  /// Fills a new element from a node and all below it.
   virtual void readNode(_xmlNode* node, XMLTreeReading& reading);
   /// Gives a new element made in memory its tag name and namespaces.
   void startWithTagName(std::string_view tagName, const NamespaceMap& namespaces);
 
  private:
-  void readAttributes(const _xmlNode* node, XMLTreeReading& reading);
-  void readChildren(const _xmlNode* node, XMLTreeReading& reading);
-  void appendText(std::string_view text);
+  // The node that the element was read from, without a document once that is destroyed.
+  XmlNodeRef nodeRead() const;
   bool isChild(const std::shared_ptr<XMLWrapperElement>& element) const;
   bool adopt(const std::shared_ptr<XMLWrapperElement>& element) const;
   bool holds(const XMLWrapperElement& sought) const;

@@ -9,7 +9,6 @@
 #include <libxml/tree.h>
 
 #include "kestrelink/platform/NoDestructor.h"
-#include "kestrelink/xml/XMLWrapperElement.h"
 #include "kestrelink/xml/libxml/LibxmlText.h"
 
 namespace kestrelink {
@@ -38,7 +37,7 @@ void store(const XMLWrapperElementClass& elementClass, std::string_view name) {
 }  // namespace
 
 XMLWrapperElementFactory::XMLWrapperElementFactory() {
-  store(XMLWrapperElement::elementClass, kXMLWrapperDefaultElementKey);
+  store(plainElementClass(), kXMLWrapperDefaultElementKey);
 }
 
 XMLWrapperElementFactory& XMLWrapperElementFactory::sharedInstance() {
@@ -64,10 +63,8 @@ const XMLWrapperElementClass* XMLWrapperElementFactory::elementClassByTagName(
 unsigned XMLWrapperElementFactory::elementTypeByTagName(std::string_view /*tagName*/) { return 0; }
 
 const XMLWrapperElementClass& XMLWrapperElementFactory::classForXMLNode(const xmlNode* node) const {
-  for (const std::string_view name : {viewOf(node->name), kXMLWrapperDefaultElementKey}) {
-    if (const XMLWrapperElementClass* registered = elementClassByTagName(name)) return *registered;
-  }
-  return XMLWrapperElement::elementClass;
+  const XMLWrapperElementClass* const registered = elementClassByTagName(viewOf(node->name));
+  return registered != nullptr ? *registered : *elementClassByTagName(kXMLWrapperDefaultElementKey);
 }
 
 }  // namespace kestrelink

@@ -10,6 +10,10 @@ namespace kestrelink {
 
 inline constexpr std::string_view kXMLWrapperDefaultElementKey = "DefaultElementClass";
 
+/// `XMLWrapperElement::elementClass`, which the registry has as its default. Defined beside it: the
+/// registry is below the elements.
+const XMLWrapperElementClass& plainElementClass();
+
 /// Process-wide registry: which element class represents a node, by local name. Prefix and
 /// namespace are ignored.
 ///

@@ -6,12 +6,13 @@
 #include <utility>
 
 #include "kestrelink/platform/Export.h"
-#include "kestrelink/xml/ErrorInfo.h"
 
 struct _xmlNode;
 struct _xmlNs;
 
 namespace kestrelink {
+
+struct ErrorInfo;
 
 /// One namespace binding: a URI and its prefix. A default namespace has no prefix.
 class XMLWrapperNamespace {
@@ -34,7 +35,7 @@ class XMLWrapperNamespace {
   /// the record. Null with `kXMLWrapperErrorNamespaceNotWritten` when it cannot be declared, as for
   /// a prefix that the node already declares.
   KESTRELINK_NOT_EXPORTED("use the constructor")
-  _xmlNs* xmlNsForNode(_xmlNode* node, ErrorOut error = nullptr) const;
+  _xmlNs* xmlNsForNode(_xmlNode* node, std::optional<ErrorInfo>* error = nullptr) const;
 
  private:
   std::optional<std::string> prefix_;

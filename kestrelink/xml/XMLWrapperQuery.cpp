@@ -2,11 +2,13 @@
 
 #include <string>
 
+#include <libxml/tree.h>
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
 
+#include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/xml/StoreError.h"
-#include "kestrelink/xml/XMLTreeReading.h"
+#include "kestrelink/xml/TreeReader.h"
 #include "kestrelink/xml/XMLWrapperElement.h"
 #include "kestrelink/xml/XMLWrapperElementFactory.h"
 #include "kestrelink/xml/XPathPrefixes.h"
@@ -66,13 +68,12 @@ std::optional<XMLWrapperQuery::Results> XMLWrapperQuery::executeXpathQuery(
   if (nodes == nullptr) return failed(kXMLWrapperErrorXPathNoNodeSet);
 
   Results elements;
-  const auto reading = std::make_shared<XMLTreeReading>(context.doc, shared_from_this());
+  TreeReader reader(context.doc, shared_from_this());
   for (int index = 0; index < nodes->nodeNr; ++index) {
     xmlNode* const node = nodes->nodeTab[index];
-    if (node->type == XML_NAMESPACE_DECL) continue;
-    elements.push_back(reading->read(*reading->nameOf(*node).elementClass, node));
+    if (node->type != XML_NAMESPACE_DECL) elements.push_back(reader.read(node));
   }
-  bindXPathPrefixes(reading->namespaces.latestBindings());
+  bindXPathPrefixes(reader.prefixes());
   return elements;
 }
 
@@ -86,6 +87,35 @@ std::shared_ptr<XMLWrapperElement> XMLWrapperQuery::elementForNode(const XmlNode
   if (node.node == nullptr || node.node->type != XML_ELEMENT_NODE) return nullptr;
   const auto& elementClass = XMLWrapperElementFactory::sharedInstance().classForXMLNode(node.node);
   return XMLWrapperElement::initWithNode(elementClass, node, shared_from_this());
+}
+
+// Operations of elements
+
+std::optional<XMLWrapperElement::List> XMLWrapperElement::getResultsByXpathQuery(
+    std::string_view xpath) const {
+  XmlNodeRef context = nodeRead();
+  const bool madeInMemory = changes_ && changes_->madeAs;
+  if (!query() || (!context.doc && !madeInMemory)) return std::nullopt;
+  ensureLibxmlParser();
+  const LibxmlErrorRoute route(LibxmlErrorRoute::During::parsing);
+  XmlNodeOwner empty;
+  if (!context.doc) {
+    // libxml2 dereferences a null pointer for a node without a document.
+    context.doc = SharedXmlDoc(XmlDocOwner(xmlNewDoc(nullptr)));
+    empty.reset(xmlNewDocNode(context.doc.get(), nullptr, xmlTextOf(*changes_->madeAs), nullptr));
+    context.node = empty.get();
+    route.throwIfOutOfMemory();
+  }
+  std::optional<ErrorInfo> error;
+  std::optional<List> results = query()->executeXpathQuery(context, xpath, &error);
+  if (!results && error) logDiagnostic(error->domain + " " + std::to_string(error->code));
+  return results;
+}
+
+std::shared_ptr<XMLWrapperElement> XMLWrapperElement::firstResultByXpathQuery(
+    std::string_view xpath) const {
+  const std::optional<List> results = getResultsByXpathQuery(xpath);
+  return results && !results->empty() ? results->front() : nullptr;
 }
 
 }  // namespace kestrelink

@@ -39,15 +39,15 @@ if [ "$kind" = odd_path ]; then
   copy="$work/it's a copy"
   mkdir "$copy" && cp -r "$source"/{CMakeLists.txt,CHANGELOG.md,cmake,docs,kestrelink,resources,tools} "$copy"
   # shellcheck disable=SC2016
-  printf '%s\n' '#!/bin/sh' 'while [ "$1" != -o ]; do shift; done' 'cp "$BUILT/$2" "$2"' >"$work/copy"
-  chmod +x "$work/copy"
-  export BUILT=$build
-  for step in "-G Ninja -S . -B build -DCMAKE_CXX_COMPILER=$cxx -DCMAKE_CXX_COMPILER_LAUNCHER=$work/copy
-    -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_INSTALL_PREFIX=/usr -DKESTRELINK_BUILD_TESTS=OFF
-    -DKESTRELINK_BUILD_EXAMPLES=OFF" "--build build" "--install build --prefix installed"; do
-    # shellcheck disable=SC2086
-    (cd "$copy" && cmake $step) >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
-  done
+  printf '%s\n' '#!/bin/sh' 'while [ "$1" != -o ]; do shift; done' 'cp "$BUILT/$2" "$2"' >"$work/copy-built"
+  chmod +x "$work/copy-built"
+  export BUILT=$build PATH=$work:$PATH
+  in_copy() { (cd "$copy" && cmake "$@") >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }; }
+  in_copy -G Ninja -S . -B build -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_CXX_COMPILER_LAUNCHER=copy-built \
+    -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_INSTALL_PREFIX=/usr -DKESTRELINK_BUILD_TESTS=OFF \
+    -DKESTRELINK_BUILD_EXAMPLES=OFF
+  in_copy --build build
+  in_copy --install build --prefix installed
   "$copy/installed/bin/ksaml" read "$message" | tee "$work/out"
   if grep -q "not validated" "$work/out"; then exit 1; fi
   gzip -t "$copy"/installed/share/doc/*/changelog.gz
@@ -74,7 +74,7 @@ case $kind in
     ;;
   fully_static)
     export PKG_CONFIG_PATH=$prefix/lib/pkgconfig${PKG_CONFIG_PATH:+:$PKG_CONFIG_PATH}
-    read -ra flags < <(pkg-config --static --cflags --libs kestrelink-saml-static)
+    mapfile -t flags < <(pkg-config --static --cflags --libs kestrelink-saml-static | xargs printf '%s\n')
     compile consumer "${flags[@]}" -fPIE -c -o "$work/consumer.o"
     for form in -static -static-pie; do
       if ! "$cxx" "$form" "$work/consumer.o" "${flags[@]}" -o "$prefix/bin/consumer" 2>"$work/log"; then
@@ -86,12 +86,12 @@ case $kind in
     done
     ;;
   layouts)
-    # Program, library and share/ in one folder, found by a relative path that is soon another.
-    mkdir "$work/flat"
-    compile consumer -I "$prefix/include" -L "$prefix/lib" -lkestrelink-saml -o "$work/flat/consumer"
+    # Library and share/ in one folder, found by a relative path that is soon another; the program elsewhere.
+    mkdir -p "$work/flat" "$work/another/folder"
+    compile consumer -I "$prefix/include" -L "$prefix/lib" -lkestrelink-saml -o "$work/another/folder/consumer"
     cp -P "$prefix"/lib/lib*.so* "$prefix/bin/ksaml" "$work/flat"
     cp -r "$prefix/share" "$work/flat"
-    (cd "$work/flat" && LD_LIBRARY_PATH=. ./consumer "$message")
+    (cd "$work/flat" && LD_LIBRARY_PATH=. ../another/folder/consumer "$message")
     # Without share/ nothing is validated, and the log says so once.
     rm -r "$work/flat/share"
     said=$(LD_LIBRARY_PATH=$work/flat "$work/flat/ksaml" read "$message" "$message" 2>&1)
@@ -110,7 +110,7 @@ case $kind in
     ;;
   pkg_config)
     export PKG_CONFIG_PATH=$prefix/lib/pkgconfig${PKG_CONFIG_PATH:+:$PKG_CONFIG_PATH}
-    read -ra flags < <(pkg-config --cflags --libs kestrelink-saml)
+    mapfile -t flags < <(pkg-config --cflags --libs kestrelink-saml | xargs printf '%s\n')
     for program in consumer standard; do
       compile "$program" "${flags[@]}" -o "$work/$program"
     done

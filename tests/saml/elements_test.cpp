@@ -7,6 +7,7 @@
 #include <set>
 
 #include "kestrelink/platform/Uuid.h"
+#include "kestrelink/standard/StandardReading.h"
 
 #include "tests/support/ElementTable.h"
 #include "tests/support/Support.h"
@@ -84,6 +85,21 @@ TEST(Elements, AreAllInTheTable) {
     }
   }
   EXPECT_EQ(classes + 1, read.size()) << "with XMLWrapperElement";
+}
+
+TEST(Elements, SignedInformationIsWrittenWithEachReferenceOnce) {
+  const auto info = root(
+      "<SignedInfo><Reference URI='1'/><SignatureMethod/><CanonicalizationMethod/>"
+      "<Reference URI='2'/></SignedInfo>");
+  XMLWrapperElement::List children = info->elements();
+  children.insert(children.end(), {children[3], children[0]});
+  info->setElements(std::move(children));
+  info->xmlString();
+  std::string written;
+  for (const auto& child : info->elements()) {
+    written += child->tagName().value() + shown(standard::attributeText(*child, "URI")) + " ";
+  }
+  EXPECT_EQ(written, "CanonicalizationMethod- SignatureMethod- Reference1 Reference2 ");
 }
 
 }  // namespace

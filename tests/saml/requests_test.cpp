@@ -123,6 +123,12 @@ std::string getters(const XMLWrapperElement& element) {
   return "no such class";
 }
 
+// Those of a request, and of its scoping, which looks up elements by their class too.
+std::string allGetters(const XMLWrapperElement& request) {
+  const auto scoping = request.firstElementByTagName("Scoping");
+  return getters(request) + (scoping ? getters(*scoping) : "");
+}
+
 // It stays as it is when it is made again; a request that has none stays as it was.
 template <class Request>
 std::string standardForm(Request& request) {
@@ -136,7 +142,11 @@ std::string standardForm(Request& request) {
     EXPECT_TRUE(request.requestElement() == own && request.documentElement() == own);
     return standard::reasonOf(made);
   }
+  EXPECT_EQ(request.requestElement(), request.documentElement());
   const std::string text = shown(request.xmlString());
+  if (text.find("\uFFFD") == text.npos && text.find("&#xFFFD;") == text.npos) {
+    EXPECT_EQ(allGetters(*request.requestElement()), allGetters(*read(text)->documentElement()));
+  }
   const auto valid = XMLWrapperDoc::initWithData(bytes(text), controller().schema());
   EXPECT_EQ(standard::toStandardForm(request), standard::StandardForm::made);
   EXPECT_EQ(shown(request.xmlString()), text);
@@ -200,8 +210,10 @@ TEST_F(Requests, GoldenTexts) {
     }
     return all;
   });
-  const auto none = controller_.newAuthZQuery(std::string_view(), "C")->requestElement();
+  const auto query = controller_.newAuthZQuery(std::string_view(), "C");
+  const auto none = query->requestElement();
   EXPECT_TRUE(none->attributeWithName("Resource") && !none->resource());
+  EXPECT_EQ(standard::toStandardForm(*query), standard::StandardForm::noResource);
   EXPECT_EQ(standard::toStandardForm(*SAMLAuthNRequest::initWithElement(nullptr, nullptr)),
             standard::StandardForm::noRequest);
   EXPECT_STRNE(standard::reasonOf(standard::StandardForm::noRequest), "");
@@ -274,6 +286,8 @@ TEST_F(Requests, DocumentsFromBytes) {
   const auto none = SAMLAuthNRequest::initWithElement(nullptr, nullptr);
   none->setIssuer("I");
   none->setSubjectFromResponse(kHard);
+  standard::setDestination(*none, "d");
+  standard::setAssertionConsumerService(*none, "u");
   EXPECT_EQ(none->issuer(), std::nullopt);
   EXPECT_EQ(none->xmlString(), std::nullopt);
 }

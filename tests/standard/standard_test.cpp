@@ -21,6 +21,9 @@ TEST(Standard, NothingIsFoundWhereNothingIs) {
   EXPECT_FALSE(setNameIdFrom(*logout, *root<SAMLSubject>("<Subject/>")));
   const auto subject = root<SAMLSubject>("<Subject><NameID>n</NameID></Subject>");
   EXPECT_TRUE(setNameIdFrom(*logout, *subject));
+  EXPECT_FALSE(setNameIdFrom(*SAMLLogoutRequest::initWithElement(nullptr, nullptr), *subject));
+  EXPECT_EQ(described(*newNameId("n")),
+            "NameID text='n' xmlns:saml=" + std::string(kAssertionNamespace));
   EXPECT_EQ(nameIdOf(*subject)->tagName(), "NameID") << "the response keeps its own";
   EXPECT_FALSE(setNameIdFrom(*logout, *message));
   EXPECT_EQ(nameIdOf(*message), nullptr);

@@ -25,6 +25,7 @@
 #include "kestrelink/platform/Clock.h"
 #include "kestrelink/platform/DiagnosticLog.h"
 #include "kestrelink/platform/Uuid.h"
+#include "kestrelink/standard/StandardForms.h"
 
 #include "tests/stress/Faults.h"
 #include "tests/stress/Work.h"
@@ -108,7 +109,7 @@ std::string writeElement() {
   const auto element = readWithoutSchema()->documentElement();
   const auto attribute = std::make_shared<XMLWrapperAttribute>();
   attribute->setName("hint");
-  attribute->setNs(std::make_shared<XMLWrapperNamespace>("h", "urn:hint"));
+  attribute->setNs(std::make_shared<XMLWrapperNamespace>("h", "urn:&hint"));
   const_cast<XMLWrapperElement::AttributeMap&>(element->attributes())
       .emplace_back("hint", attribute);
   element->setTextContent(std::string(20000, 'x') + '\x01');
@@ -143,6 +144,41 @@ std::string readWithinBounds() {
   return read[0] && read[1] ? "both" : "none";
 }
 
+// A setter that runs out of memory has changed nothing. The second change has an earlier value.
+template <class Message, class Set>
+std::string changedTwice(Message& request, Set set) {
+  std::string text;
+  for (int time = 0; time < 2; ++time) {
+    const std::string before = request.xmlString().value();
+    try {
+      withFaults([&] { set(time); });
+    } catch (const std::bad_alloc&) {
+      if (request.xmlString() != before) return "half changed";
+      throw;
+    }
+    text += request.xmlString().value();
+  }
+  return text;
+}
+
+std::string setStandardForms() {
+  const auto& controller = SAMLParserController::sharedInstance();
+  const auto logout = controller.newLogoutRequest();
+  const auto authn = controller.newAuthNRequest("https://tv.example");
+  for (const auto& root : {logout->documentElement(), authn->documentElement()}) {
+    root->setAttributeWithName("IssueInstant", "x");
+  }
+  const auto response = readWithoutSchema();
+  std::string all = changedTwice(*logout, [&](int) {
+    static_cast<void>(standard::setNameIdFrom(*logout, *response->subject()));
+  });
+  all += changedTwice(*authn,
+                      [&](int) { static_cast<void>(standard::setSubjectFrom(*authn, *response)); });
+  return all + changedTwice(*authn, [&](int time) {
+           standard::setAssertionConsumerService(*authn, time == 0 ? "urn:a" : "urn:b");
+         });
+}
+
 const std::string kNotWritten = "none XMLWrapperErrorDomain 101";
 const std::set<std::string> kNotFound = {"none", "none XMLWrapperErrorDomain 201",
                                          "none XMLWrapperErrorDomain 300"};
@@ -153,6 +189,7 @@ const std::vector<Operation> operations = {
     {"read-within-bounds", 1, {}, &readWithinBounds},
     {"xpath", 1, kNotFound, &xpath},
     {"requests", 1, {kNotWritten}, [] { return withFaults([] { return requests(sample); }); }},
+    {"set-standard-forms", 1, {}, &setStandardForms},
     {"write-element", 1, {kNotWritten}, &writeElement},
 };
 

@@ -13,16 +13,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string kGolden = SOURCE_DIR "/tests/golden/";
-
 struct Outcome {
   int status;
   std::string out;
 };
 
-// In the folder of the golden files, with the tool in the path.
+// In the folder of the golden files, with the tool in the path. Paths are variables, because they
+// may have any character.
 Outcome shell(const std::string& command) {
-  const std::string line = "cd " + kGolden + "; PATH=" PROGRAMS ":$PATH; " + command;
+  ::setenv("GOLDEN", SOURCE_DIR "/tests/golden", 1);
+  ::setenv("PROGRAMS", PROGRAMS, 1);
+  const std::string line = "cd \"$GOLDEN\" || exit; PATH=$PROGRAMS:$PATH; " + command;
   std::FILE* const pipe = popen(line.c_str(), "r");
   std::string out;
   for (char chunk[4096]; const std::size_t length = std::fread(chunk, 1, sizeof chunk, pipe);) {
@@ -70,18 +71,21 @@ TEST(Ksaml, Carriers) {
 
 // A copy without its bundle reads without validation, and says so; a moved tree keeps its bundle.
 TEST(Ksaml, MovedTrees) {
-  const std::string moved = ::testing::TempDir() + "kestrelink-moved-" + std::to_string(::getpid());
+  const fs::path moved = ::testing::TempDir() + "kestrelink moved " + std::to_string(::getpid());
+  ::setenv("MOVED", moved.c_str(), 1);
   const auto read = [&](const std::string& message) {
-    const Outcome run = shell(EMULATOR + moved + "/bin/ksaml read 2>/dev/null " + message);
+    const Outcome run = shell(EMULATOR "\"$MOVED\"/bin/ksaml read 2>/dev/null " + message);
     const bool isBare = run.out.find("not validated: no schema") != std::string::npos;
     return std::to_string(run.status) + (isBare ? " not validated" : " validated");
   };
-  shell("rm -rf " + moved + "; mkdir -p " + moved + "/bin " + moved +
-        "/lib; cp -P " BUILD_DIR "/bin/ksaml " + moved + "/bin; cp -P " BUILD_DIR "/lib/*.so* " +
-        moved + "/lib");
+  fs::create_directories(moved / "bin");
+  fs::copy(BUILD_DIR "/bin/ksaml", moved / "bin");
+  fs::copy(BUILD_DIR "/lib", moved / "lib",
+           fs::copy_options::recursive | fs::copy_options::copy_symlinks);
   EXPECT_EQ(read("success.xml"), "0 not validated");
   // A time of the files that 32 bits cannot hold.
-  shell("cp -r " BUILD_DIR "/share " + moved + "; touch -d 2040-01-01 " + moved + "/share/*/*");
+  fs::copy(BUILD_DIR "/share", moved / "share", fs::copy_options::recursive);
+  shell("touch -d 2040-01-01 \"$MOVED\"/share/*/*");
   EXPECT_EQ(read("success.xml"), "0 validated");
   EXPECT_EQ(read("invalid.xml"), "1 validated");
   fs::remove_all(moved);

@@ -87,14 +87,16 @@ TEST(ElementReading, AClassMaySetAnOrderBeforeAndPropertiesAfter) {
 
 TEST(ElementFactory, Registration) {
   using Factory = XMLWrapperElementFactory;
+  static int times = 0;  // a class stays registered
+  const std::string name = "Test" + std::to_string(++times);
   Factory::registerClass(&SAMLStatus::elementClass, "");
-  Factory::registerClass(nullptr, "Test");
+  Factory::registerClass(nullptr, name);
   EXPECT_EQ(Factory::elementClassByTagName(""), nullptr);
-  EXPECT_EQ(Factory::elementClassByTagName("Test"), nullptr);
-  Factory::registerClass(&SAMLStatus::elementClass, "Test");
-  Factory::registerClass(&SAMLSubject::elementClass, "Test");
-  EXPECT_EQ(Factory::elementClassByTagName("Test"), &SAMLSubject::elementClass);
-  EXPECT_EQ(Factory::elementTypeByTagName("Test"), 0u);
+  EXPECT_EQ(Factory::elementClassByTagName(name), nullptr);
+  Factory::registerClass(&SAMLStatus::elementClass, name);
+  Factory::registerClass(&SAMLSubject::elementClass, name);
+  EXPECT_EQ(Factory::elementClassByTagName(name), &SAMLSubject::elementClass);
+  EXPECT_EQ(Factory::elementTypeByTagName(name), 0u);
 }
 
 TEST(ElementTree, LooksUpDirectChildren) {

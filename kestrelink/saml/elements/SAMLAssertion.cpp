@@ -52,11 +52,11 @@ std::vector<std::shared_ptr<SAMLAttribute>> SAMLAssertion::samlAttributes() cons
 
 bool SAMLAssertion::isValid(ErrorOut error) const {
   if (const auto own = signature(); own && !own->isValid()) {
-    storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorSignature);
+    storeError(error, SAMLParserErrorDomain, kSAMLParserErrorSignature);
     return false;
   }
   if (const auto statement = authentication(); statement && !statement->isValid()) {
-    storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorTime);
+    storeError(error, SAMLParserErrorDomain, kSAMLParserErrorTime);
     return false;
   }
   return true;

@@ -35,14 +35,14 @@ class KESTRELINK_TYPE SAMLAssertion : public SAMLBaseElement {
   /// Whether `isValid` of the signature and of the authentication statement return true, each if
   /// there is one. If not: `kSAMLParserErrorSignature` or `kSAMLParserErrorTime`. No signature is
   /// verified: see `SAMLSignature::isValid`.
-  virtual bool isValid(ErrorOut error = nullptr) const;
+  [[nodiscard]] virtual bool isValid(ErrorOut error = nullptr) const;
 
   /// Whether the time window of the conditions includes the current time; if not,
   /// `kSAMLParserErrorTime`. False without an error when there are no conditions.
-  virtual bool meetsConditions(ErrorOut error = nullptr) const;
+  [[nodiscard]] virtual bool meetsConditions(ErrorOut error = nullptr) const;
 
   /// Whether the first audience restriction has exactly the requestor as an audience.
-  virtual bool isValidForRequestor(std::string_view requestor) const;
+  [[nodiscard]] virtual bool isValidForRequestor(std::string_view requestor) const;
 
   /// The decision of the first statement with exactly that resource; `std::nullopt` when there is
   /// none.

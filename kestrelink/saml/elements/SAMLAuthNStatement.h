@@ -27,7 +27,7 @@ class KESTRELINK_TYPE SAMLAuthNStatement : public SAMLBaseElement {
 
   /// Whether the authentication has not expired: "SessionNotOnOrAfter" is present, parses, and is
   /// later than the current time.
-  virtual bool isValid() const;
+  [[nodiscard]] virtual bool isValid() const;
 };
 
 }  // namespace kestrelink

@@ -11,7 +11,7 @@ constinit const XMLWrapperElementClass SAMLBaseElement::elementClass{
     "SAMLBaseElement", &makeElementInstance<SAMLBaseElement>};
 
 std::shared_ptr<SAMLBaseElement> SAMLBaseElement::createElement(ErrorOut error) {
-  storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorNoMaker);
+  storeError(error, SAMLParserErrorDomain, kSAMLParserErrorNoMaker);
   return nullptr;
 }
 

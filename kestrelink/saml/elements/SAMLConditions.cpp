@@ -47,7 +47,7 @@ bool SAMLConditions::assertionMeetsConditions(ErrorOut error) const {
   const auto from = notBefore();
   const auto until = notOnOrAfter();
   const bool met = (!from || *from <= now) && (!until || *until > now);
-  if (!met) storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorTime);
+  if (!met) storeError(error, SAMLParserErrorDomain, kSAMLParserErrorTime);
   return met;
 }
 

@@ -26,7 +26,7 @@ class KESTRELINK_TYPE SAMLConditions : public SAMLBaseElement {
   /// Whether the time window includes the current time: at or after `notBefore` and before
   /// `notOnOrAfter`, each if it is present and parses. Clock skew is not allowed for. If not:
   /// `kSAMLParserErrorTime`. Audiences, one-time use and proxies are not checked.
-  virtual bool assertionMeetsConditions(ErrorOut error = nullptr) const;
+  [[nodiscard]] virtual bool assertionMeetsConditions(ErrorOut error = nullptr) const;
 
  private:
   std::optional<List> conditions_;

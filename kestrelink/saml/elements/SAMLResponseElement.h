@@ -32,7 +32,7 @@ class KESTRELINK_TYPE SAMLResponseElement : public SAMLBaseElement {
   /// assertions. The check stops at the first such assertion. Whatever the result, `error` is then
   /// the last error that a checked assertion reported, or `std::nullopt`. Without assertions it is
   /// not changed.
-  virtual bool assertionMeetsConditions(ErrorOut error = nullptr) const;
+  [[nodiscard]] virtual bool assertionMeetsConditions(ErrorOut error = nullptr) const;
 
   /// The authentication statement of the first assertion that has one, or null.
   virtual std::shared_ptr<SAMLAuthNStatement> authnStatement() const;
@@ -44,7 +44,7 @@ class KESTRELINK_TYPE SAMLLogoutResponseElement : public SAMLResponseElement {
   KESTRELINK_INTERNAL static const XMLWrapperElementClass elementClass;
 
   std::optional<Assertions> assertions() const override;
-  bool assertionMeetsConditions(ErrorOut error = nullptr) const override;
+  [[nodiscard]] bool assertionMeetsConditions(ErrorOut error = nullptr) const override;
 };
 
 }  // namespace kestrelink

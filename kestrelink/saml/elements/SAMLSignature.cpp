@@ -1,5 +1,7 @@
 #include "kestrelink/saml/elements/SAMLSignature.h"
 
+#include <unordered_set>
+
 #include "kestrelink/saml/elements/PlainElements.h"
 #include "kestrelink/saml/elements/SAMLKeyInfo.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
@@ -63,8 +65,10 @@ DetachedNode SAMLSignedInfo::xmlNode(ErrorOut error) {
   if (!ordered[0] || !ordered[1]) {
     return DetachedNode::refused("Signed information without its methods cannot be written");
   }
-  for (auto& reference : getElementsByTagName(kReferenceElementName)) {
-    ordered.push_back(std::move(reference));
+  std::unordered_set<std::shared_ptr<XMLWrapperElement>>
+      seen;  // each is one child, even if set twice
+  for (const auto& reference : getElementsByTagName(kReferenceElementName)) {
+    if (seen.insert(reference).second) ordered.push_back(reference);
   }
   setElements(std::move(ordered));
   return SAMLBaseElement::xmlNode(error);

@@ -58,7 +58,7 @@ class KESTRELINK_TYPE SAMLSignature : public SAMLBaseElement {
 
   /// Always true; nothing is checked. Verify the signature first, before the message is passed to
   /// this library.
-  virtual bool isValid() const;
+  [[nodiscard]] virtual bool isValid() const;
 };
 
 }  // namespace kestrelink

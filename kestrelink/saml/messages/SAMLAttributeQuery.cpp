@@ -2,7 +2,8 @@
 
 #include <utility>
 
-#include "kestrelink/saml/messages/MessageDocument.h"
+#include "kestrelink/saml/elements/SAMLElementClasses.h"
+#include "kestrelink/saml/messages/RootElement.h"
 #include "kestrelink/saml/messages/SubjectFromResponse.h"
 
 namespace kestrelink {
@@ -13,18 +14,22 @@ SAMLAttributeQuery::~SAMLAttributeQuery() = default;
 std::shared_ptr<SAMLAttributeQuery> SAMLAttributeQuery::initWithData(SharedBytes data,
                                                                      SharedBytes schema,
                                                                      ErrorOut error) {
-  auto request = MessageDocument<SAMLAttributeQuery>::fromData(
-      std::move(data), schema, &SAMLAttributeQuery::requestElement_, error);
-  const bool isOther = request && !request->requestElement_;
+  registerSAMLElementClasses();
+  auto request = std::make_shared<SAMLAttributeQuery>(Making());
+  if (!request->startWithData(std::move(data), schema, error)) return nullptr;
+  request->requestElement_ = rootElement<SAMLAttributeQueryElement>(*request, error);
+  const bool isOther = request->requestElement_ == nullptr;
   if (isOther && error != nullptr) return nullptr;  // only when the caller receives the reason
-  if (request && !isOther) request->schemaData_ = std::move(schema);
+  if (!isOther) request->schemaData_ = std::move(schema);
   return request;
 }
 
 std::shared_ptr<SAMLAttributeQuery> SAMLAttributeQuery::initWithElement(
     std::shared_ptr<SAMLAttributeQueryElement> element, SharedBytes schema, ErrorOut /*error*/) {
-  return MessageDocument<SAMLAttributeQuery>::fromElement(std::move(element), std::move(schema),
-                                                          &SAMLAttributeQuery::requestElement_);
+  auto request = std::make_shared<SAMLAttributeQuery>(Making());
+  request->requestElement_ = element;
+  request->startWithElement(std::move(element), std::move(schema));
+  return request;
 }
 
 const std::shared_ptr<SAMLAttributeQueryElement>& SAMLAttributeQuery::requestElement() const {

@@ -11,9 +11,6 @@
 
 namespace kestrelink {
 
-template <class Message>
-struct MessageDocument;
-
 /// A query for a subscriber's attributes (SAML 2.0 core, section 3.3.2.3), to be filled in and
 /// written.
 ///
@@ -30,10 +27,11 @@ class KESTRELINK_EXPORT SAMLAttributeQuery : public XMLWrapperDoc {
   /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is another element: null
   /// with `kSAMLParserErrorWrongRoot` when the caller passes `error`, and otherwise a document
   /// without a `requestElement`.
-  static std::shared_ptr<SAMLAttributeQuery> initWithData(SharedBytes data, SharedBytes schema,
-                                                          ErrorOut error = nullptr);
+  [[nodiscard]] static std::shared_ptr<SAMLAttributeQuery> initWithData(SharedBytes data,
+                                                                        SharedBytes schema,
+                                                                        ErrorOut error = nullptr);
   /// Wraps a request element, which may be null. Cannot fail.
-  static std::shared_ptr<SAMLAttributeQuery> initWithElement(
+  [[nodiscard]] static std::shared_ptr<SAMLAttributeQuery> initWithElement(
       std::shared_ptr<SAMLAttributeQueryElement> element, SharedBytes schema,
       ErrorOut error = nullptr);
 
@@ -55,9 +53,6 @@ class KESTRELINK_EXPORT SAMLAttributeQuery : public XMLWrapperDoc {
   void addAttribute(std::string_view name, const std::vector<std::string>& values);
 
  private:
-  template <class Message>
-  friend struct MessageDocument;
-
   std::shared_ptr<SAMLAttributeQueryElement> requestElement_;
   SharedBytes schemaData_;  // set only when the query was parsed
 };

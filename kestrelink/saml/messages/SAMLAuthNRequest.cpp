@@ -2,7 +2,8 @@
 
 #include <utility>
 
-#include "kestrelink/saml/messages/MessageDocument.h"
+#include "kestrelink/saml/elements/SAMLElementClasses.h"
+#include "kestrelink/saml/messages/RootElement.h"
 #include "kestrelink/saml/messages/SubjectFromResponse.h"
 
 namespace kestrelink {
@@ -13,16 +14,20 @@ SAMLAuthNRequest::~SAMLAuthNRequest() = default;
 std::shared_ptr<SAMLAuthNRequest> SAMLAuthNRequest::initWithData(SharedBytes data,
                                                                  SharedBytes schema,
                                                                  ErrorOut error) {
-  auto request = MessageDocument<SAMLAuthNRequest>::fromData(
-      std::move(data), schema, &SAMLAuthNRequest::requestElement_, error);
-  if (request && request->requestElement_) request->schemaData_ = std::move(schema);
+  registerSAMLElementClasses();
+  auto request = std::make_shared<SAMLAuthNRequest>(Making());
+  if (!request->startWithData(std::move(data), schema, error)) return nullptr;
+  request->requestElement_ = rootElement<SAMLAuthNRequestElement>(*request, error);
+  if (request->requestElement_) request->schemaData_ = std::move(schema);
   return request;
 }
 
 std::shared_ptr<SAMLAuthNRequest> SAMLAuthNRequest::initWithElement(
     std::shared_ptr<SAMLAuthNRequestElement> element, SharedBytes schema, ErrorOut /*error*/) {
-  return MessageDocument<SAMLAuthNRequest>::fromElement(std::move(element), std::move(schema),
-                                                        &SAMLAuthNRequest::requestElement_);
+  auto request = std::make_shared<SAMLAuthNRequest>(Making());
+  request->requestElement_ = element;
+  request->startWithElement(std::move(element), std::move(schema));
+  return request;
 }
 
 const std::shared_ptr<SAMLAuthNRequestElement>& SAMLAuthNRequest::requestElement() const {

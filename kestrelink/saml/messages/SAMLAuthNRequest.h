@@ -11,9 +11,6 @@
 
 namespace kestrelink {
 
-template <class Message>
-struct MessageDocument;
-
 /// An authentication request (SAML 2.0 core, section 3.4.1), to be filled in and written.
 ///
 ///     auto request = controller.newAuthNRequest("https://tv.example", &error);
@@ -28,10 +25,11 @@ class KESTRELINK_EXPORT SAMLAuthNRequest : public XMLWrapperDoc {
  public:
   /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is another element, the
   /// document is returned with `kSAMLParserErrorWrongRoot` and without a `requestElement`.
-  static std::shared_ptr<SAMLAuthNRequest> initWithData(SharedBytes data, SharedBytes schema,
-                                                        ErrorOut error = nullptr);
+  [[nodiscard]] static std::shared_ptr<SAMLAuthNRequest> initWithData(SharedBytes data,
+                                                                      SharedBytes schema,
+                                                                      ErrorOut error = nullptr);
   /// Wraps a request element, which may be null. Cannot fail.
-  static std::shared_ptr<SAMLAuthNRequest> initWithElement(
+  [[nodiscard]] static std::shared_ptr<SAMLAuthNRequest> initWithElement(
       std::shared_ptr<SAMLAuthNRequestElement> element, SharedBytes schema,
       ErrorOut error = nullptr);
 
@@ -54,9 +52,6 @@ class KESTRELINK_EXPORT SAMLAuthNRequest : public XMLWrapperDoc {
   void setSubjectFromResponse(std::string_view response);
 
  private:
-  template <class Message>
-  friend struct MessageDocument;
-
   std::shared_ptr<SAMLAuthNRequestElement> requestElement_;
   SharedBytes schemaData_;  // set only when the request was parsed
 };

@@ -2,7 +2,8 @@
 
 #include <utility>
 
-#include "kestrelink/saml/messages/MessageDocument.h"
+#include "kestrelink/saml/elements/SAMLElementClasses.h"
+#include "kestrelink/saml/messages/RootElement.h"
 #include "kestrelink/saml/messages/SubjectFromResponse.h"
 
 namespace kestrelink {
@@ -13,15 +14,20 @@ SAMLAuthZDecisionQuery::~SAMLAuthZDecisionQuery() = default;
 std::shared_ptr<SAMLAuthZDecisionQuery> SAMLAuthZDecisionQuery::initWithData(SharedBytes data,
                                                                              SharedBytes schema,
                                                                              ErrorOut error) {
-  return MessageDocument<SAMLAuthZDecisionQuery>::fromData(
-      std::move(data), std::move(schema), &SAMLAuthZDecisionQuery::requestElement_, error);
+  registerSAMLElementClasses();
+  auto request = std::make_shared<SAMLAuthZDecisionQuery>(Making());
+  if (!request->startWithData(std::move(data), std::move(schema), error)) return nullptr;
+  request->requestElement_ = rootElement<SAMLAuthZDecisionQueryElement>(*request, error);
+  return request;
 }
 
 std::shared_ptr<SAMLAuthZDecisionQuery> SAMLAuthZDecisionQuery::initWithElement(
     std::shared_ptr<SAMLAuthZDecisionQueryElement> element, SharedBytes schema,
     ErrorOut /*error*/) {
-  return MessageDocument<SAMLAuthZDecisionQuery>::fromElement(
-      std::move(element), std::move(schema), &SAMLAuthZDecisionQuery::requestElement_);
+  auto request = std::make_shared<SAMLAuthZDecisionQuery>(Making());
+  request->requestElement_ = element;
+  request->startWithElement(std::move(element), std::move(schema));
+  return request;
 }
 
 const std::shared_ptr<SAMLAuthZDecisionQueryElement>& SAMLAuthZDecisionQuery::requestElement()

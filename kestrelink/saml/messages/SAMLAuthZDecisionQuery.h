@@ -11,9 +11,6 @@
 
 namespace kestrelink {
 
-template <class Message>
-struct MessageDocument;
-
 /// Asks whether a subscriber may do something with a resource (SAML 2.0 core, section 3.3.2.4); to
 /// be filled in and written.
 ///
@@ -29,10 +26,10 @@ class KESTRELINK_EXPORT SAMLAuthZDecisionQuery : public XMLWrapperDoc {
  public:
   /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is another element, the
   /// document is returned with `kSAMLParserErrorWrongRoot` and without a `requestElement`.
-  static std::shared_ptr<SAMLAuthZDecisionQuery> initWithData(SharedBytes data, SharedBytes schema,
-                                                              ErrorOut error = nullptr);
+  [[nodiscard]] static std::shared_ptr<SAMLAuthZDecisionQuery> initWithData(
+      SharedBytes data, SharedBytes schema, ErrorOut error = nullptr);
   /// Wraps a request element, which may be null. Cannot fail.
-  static std::shared_ptr<SAMLAuthZDecisionQuery> initWithElement(
+  [[nodiscard]] static std::shared_ptr<SAMLAuthZDecisionQuery> initWithElement(
       std::shared_ptr<SAMLAuthZDecisionQueryElement> element, SharedBytes schema,
       ErrorOut error = nullptr);
 
@@ -53,9 +50,6 @@ class KESTRELINK_EXPORT SAMLAuthZDecisionQuery : public XMLWrapperDoc {
   void setResource(std::string_view url);
 
  private:
-  template <class Message>
-  friend struct MessageDocument;
-
   std::shared_ptr<SAMLAuthZDecisionQueryElement> requestElement_;
 };
 

@@ -2,7 +2,8 @@
 
 #include <utility>
 
-#include "kestrelink/saml/messages/MessageDocument.h"
+#include "kestrelink/saml/elements/SAMLElementClasses.h"
+#include "kestrelink/saml/messages/RootElement.h"
 
 namespace kestrelink {
 
@@ -12,14 +13,19 @@ SAMLLogoutRequest::~SAMLLogoutRequest() = default;
 std::shared_ptr<SAMLLogoutRequest> SAMLLogoutRequest::initWithData(SharedBytes data,
                                                                    SharedBytes schema,
                                                                    ErrorOut error) {
-  return MessageDocument<SAMLLogoutRequest>::fromData(std::move(data), std::move(schema),
-                                                      &SAMLLogoutRequest::requestElement_, error);
+  registerSAMLElementClasses();
+  auto request = std::make_shared<SAMLLogoutRequest>(Making());
+  if (!request->startWithData(std::move(data), std::move(schema), error)) return nullptr;
+  request->requestElement_ = rootElement<SAMLLogoutRequestElement>(*request, error);
+  return request;
 }
 
 std::shared_ptr<SAMLLogoutRequest> SAMLLogoutRequest::initWithElement(
     std::shared_ptr<SAMLLogoutRequestElement> element, SharedBytes schema, ErrorOut /*error*/) {
-  return MessageDocument<SAMLLogoutRequest>::fromElement(std::move(element), std::move(schema),
-                                                         &SAMLLogoutRequest::requestElement_);
+  auto request = std::make_shared<SAMLLogoutRequest>(Making());
+  request->requestElement_ = element;
+  request->startWithElement(std::move(element), std::move(schema));
+  return request;
 }
 
 const std::shared_ptr<SAMLLogoutRequestElement>& SAMLLogoutRequest::requestElement() const {

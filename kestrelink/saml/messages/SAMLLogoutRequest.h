@@ -11,9 +11,6 @@
 
 namespace kestrelink {
 
-template <class Message>
-struct MessageDocument;
-
 /// A request to end the subscriber's session (SAML 2.0 core, section 3.7.1), to be filled in and
 /// written.
 ///
@@ -29,10 +26,11 @@ class KESTRELINK_EXPORT SAMLLogoutRequest : public XMLWrapperDoc {
  public:
   /// Parses the bytes as `XMLWrapperDoc::initWithData` does. When the root is another element, the
   /// document is returned with `kSAMLParserErrorWrongRoot` and without a `requestElement`.
-  static std::shared_ptr<SAMLLogoutRequest> initWithData(SharedBytes data, SharedBytes schema,
-                                                         ErrorOut error = nullptr);
+  [[nodiscard]] static std::shared_ptr<SAMLLogoutRequest> initWithData(SharedBytes data,
+                                                                       SharedBytes schema,
+                                                                       ErrorOut error = nullptr);
   /// Wraps a request element, which may be null. Cannot fail.
-  static std::shared_ptr<SAMLLogoutRequest> initWithElement(
+  [[nodiscard]] static std::shared_ptr<SAMLLogoutRequest> initWithElement(
       std::shared_ptr<SAMLLogoutRequestElement> element, SharedBytes schema,
       ErrorOut error = nullptr);
 
@@ -51,9 +49,6 @@ class KESTRELINK_EXPORT SAMLLogoutRequest : public XMLWrapperDoc {
   void setNotOnOrAfter(std::optional<SAMLDate> date);
 
  private:
-  template <class Message>
-  friend struct MessageDocument;
-
   std::shared_ptr<SAMLLogoutRequestElement> requestElement_;
 };
 

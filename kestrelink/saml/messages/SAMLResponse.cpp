@@ -1,12 +1,14 @@
 #include "kestrelink/saml/messages/SAMLResponse.h"
 
+#include <algorithm>
 #include <typeinfo>
 #include <utility>
 
 #include "kestrelink/saml/elements/PlainElements.h"
+#include "kestrelink/saml/elements/SAMLElementClasses.h"
 #include "kestrelink/saml/elements/SAMLErrors.h"
 #include "kestrelink/saml/elements/SAMLNames.h"
-#include "kestrelink/saml/messages/MessageDocument.h"
+#include "kestrelink/saml/messages/RootElement.h"
 #include "kestrelink/xml/StoreError.h"
 
 namespace kestrelink {
@@ -16,8 +18,11 @@ SAMLResponse::~SAMLResponse() = default;
 
 std::shared_ptr<SAMLResponse> SAMLResponse::initWithData(SharedBytes data, SharedBytes schema,
                                                          ErrorOut error) {
-  return MessageDocument<SAMLResponse>::fromData(std::move(data), std::move(schema),
-                                                 &SAMLResponse::responseElement_, error);
+  registerSAMLElementClasses();
+  auto response = std::make_shared<SAMLResponse>(Making());
+  if (!response->startWithData(std::move(data), std::move(schema), error)) return nullptr;
+  response->responseElement_ = rootElement<SAMLResponseElement>(*response, error);
+  return response;
 }
 
 const std::shared_ptr<SAMLResponseElement>& SAMLResponse::responseElement() const {
@@ -51,10 +56,13 @@ SAMLResponse::AttributeValues SAMLResponse::attributes() const {
 
 std::optional<std::vector<std::string>> SAMLResponse::attributeValuesForName(
     std::string_view name) const {
-  AttributeValues values = attributes();
-  const auto found = values.find(name);
-  if (found == values.end()) return std::nullopt;
-  return std::move(found->second);
+  const auto all = assertionsOrNone();
+  if (all.empty()) return std::nullopt;
+  const auto ofFirst = all.front()->samlAttributes();
+  const auto last = std::find_if(ofFirst.rbegin(), ofFirst.rend(), [name](const auto& attribute) {
+    return attribute->name() == name;
+  });
+  return last == ofFirst.rend() ? std::nullopt : std::optional((*last)->values());
 }
 
 std::optional<std::string> SAMLResponse::userName() const {
@@ -105,7 +113,7 @@ bool SAMLResponse::assertionMeetsConditions(ErrorOut error) const {
 bool SAMLResponse::isValid(ErrorOut error) const {
   if (!responseElement_) return true;
   if (const auto signature = responseElement_->signature(); signature && !signature->isValid()) {
-    storeError(error, kSAMLParserErrorDomain, kSAMLParserErrorSignature);
+    storeError(error, SAMLParserErrorDomain, kSAMLParserErrorSignature);
     return false;
   }
   const SAMLResponseElement& element = *responseElement_;
@@ -118,7 +126,7 @@ bool SAMLResponse::isValid(ErrorOut error) const {
     if (assertion->isValid(&lastError)) anyValid = true;
   }
   if (all.empty() || anyValid) return true;
-  if (!lastError) storeError(&lastError, kSAMLParserErrorDomain, kSAMLParserErrorNoValidAssertion);
+  if (!lastError) storeError(&lastError, SAMLParserErrorDomain, kSAMLParserErrorNoValidAssertion);
   if (error != nullptr) *error = std::move(lastError);
   return false;
 }

@@ -13,9 +13,6 @@
 
 namespace kestrelink {
 
-template <class Message>
-struct MessageDocument;
-
 /// What the client should do next.
 enum SAMLExpectedAction : std::int64_t {
   SAMLExpectedActionNone = 0,       ///< unknown status, or a failure the client cannot resolve
@@ -40,8 +37,9 @@ class KESTRELINK_EXPORT SAMLResponse : public XMLWrapperDoc {
   /// Parses the bytes and, with schema bytes, validates them. Null with the errors of
   /// `XMLWrapperDoc::initWithData`. When the root is another element, the document is returned with
   /// `kSAMLParserErrorWrongRoot` and without a `responseElement`.
-  static std::shared_ptr<SAMLResponse> initWithData(SharedBytes data, SharedBytes schema,
-                                                    ErrorOut error = nullptr);
+  [[nodiscard]] static std::shared_ptr<SAMLResponse> initWithData(SharedBytes data,
+                                                                  SharedBytes schema,
+                                                                  ErrorOut error = nullptr);
 
   explicit SAMLResponse(Making);
   ~SAMLResponse() override;
@@ -68,7 +66,7 @@ class KESTRELINK_EXPORT SAMLResponse : public XMLWrapperDoc {
   std::shared_ptr<SAMLSubject> subject() const;
 
   /// Whether some valid assertion has a valid authentication statement.
-  bool hasValidAuthentication() const;
+  [[nodiscard]] bool hasValidAuthentication() const;
   /// When the authentication expires: an instant, not a duration. "SessionNotOnOrAfter" of the
   /// first authentication statement; `std::nullopt` when it is missing or does not parse.
   std::optional<SAMLDate> authenticationTTL() const;
@@ -78,12 +76,12 @@ class KESTRELINK_EXPORT SAMLResponse : public XMLWrapperDoc {
   /// Whether there are no assertions, or the time window of one of them includes the current time:
   /// see `SAMLResponseElement::assertionMeetsConditions`. Without a `responseElement` false, and
   /// the error is not changed.
-  bool assertionMeetsConditions(ErrorOut error = nullptr) const;
+  [[nodiscard]] bool assertionMeetsConditions(ErrorOut error = nullptr) const;
   /// Whether there are no assertions, or one of them is valid (`SAMLAssertion::isValid`). If not,
   /// the error is the last one that an assertion reported (`kSAMLParserErrorTime`), or else
   /// `kSAMLParserErrorNoValidAssertion`; `kSAMLParserErrorSignature` for the response's own
   /// signature.
-  bool isValid(ErrorOut error = nullptr) const;
+  [[nodiscard]] bool isValid(ErrorOut error = nullptr) const;
 
   /// The status codes (URIs), top level first; the list ends at a code without a value.
   std::vector<std::string> statusCodes() const;
@@ -95,9 +93,6 @@ class KESTRELINK_EXPORT SAMLResponse : public XMLWrapperDoc {
   std::optional<std::string> authorizationStatusForResource(std::string_view resource) const;
 
  private:
-  template <class Message>
-  friend struct MessageDocument;
-
   SAMLResponseElement::Assertions assertionsOrNone() const;
 
   std::shared_ptr<SAMLResponseElement> responseElement_;

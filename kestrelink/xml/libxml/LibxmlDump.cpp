@@ -32,7 +32,7 @@ bool libxmlEscapesNamespaceNames() {
                         xmlNewNs(node.get(), xmlTextOf(std::string("<")), nullptr) != nullptr &&
                         dumpXml(node.get(), route, text) && text;
     if (!dumped) throw std::bad_alloc();
-    return text->find("&lt;") != std::string::npos;
+    return text.value().find("&lt;") != std::string::npos;
   }();
   return escapes;
 }
