@@ -16,6 +16,8 @@ need_packages() {
   local as_root=()
   if ! command -v apt-get >/dev/null; then
     give_up "this is not Debian" "$@"
+  elif [ "$(sed -n 's/^VERSION_ID="\?\([0-9]*\).*/\1/p' /etc/os-release)" -lt 12 ] 2>/dev/null; then
+    give_up "this is older than Debian 12, which lacks some of them" "${missing[@]}"
   elif [ "$(id -u)" -ne 0 ]; then
     command -v sudo >/dev/null || give_up "not root, and there is no sudo" "${missing[@]}"
     as_root=(sudo)
@@ -38,5 +40,5 @@ give_up() {
 build_packages=(g++ cmake ninja-build pkg-config libxml2-dev uuid-dev
   libutfcpp-dev libcli11-dev nlohmann-json3-dev zlib1g-dev
   libxmlsec1-dev libssl-dev opensaml-schemas xmltooling-schemas xsltproc)
-test_packages=(libgtest-dev libcpp-httplib-dev clang libclang-rt-dev abigail-tools strace
+test_packages=(libgtest-dev liblzma-dev libcpp-httplib-dev clang libclang-rt-dev abigail-tools strace
   valgrind locales libxml2-utils xmlsec1 openssl libsaml-dev python3-lasso python3-pysaml2)

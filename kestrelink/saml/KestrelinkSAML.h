@@ -5,7 +5,7 @@
 #pragma once
 
 #if __cplusplus < 202002L
-#error "kestrelink-saml needs C++20: compile with -std=c++20"
+#error "kestrelink-saml needs C++20: compile with -std=c++20, by GCC 11, Clang 14 or later"
 #else
 
 #include "kestrelink/saml/Describe.h"               // IWYU pragma: export

@@ -5,6 +5,10 @@
 //     if (encryptedAssertions(*response) > 0) explain("the provider encrypts its assertions");
 #pragma once
 
+#ifndef __cpp_rtti
+#error "kestrelink/standard needs run-time type information: compile without -fno-rtti"
+#endif
+
 #include <algorithm>
 #include <cstddef>
 #include <memory>
