@@ -50,8 +50,7 @@ struct Wishes {
 ///     const signin::SignIn signIn(client, *provider, policy);
 ///     const auto started = signIn.begin();
 ///     keep(started.pending);
-///     open(started.url);
-///     ...
+///     show(started.url);  // or started.form; then, with what the provider posted:
 ///     const auto result = signIn.finish(posted, pending);
 ///     if (result.verdict == signin::Verdict::signedIn) use(*result.session);
 ///     else show(result.explanation);

@@ -19,6 +19,7 @@ PRELUDE = """
 #include <chrono>
 #include <cstdio>
 #include <iostream>
+#include <kestrelink/signin/SignIn.h>
 #include <kestrelink/standard/StandardForms.h>
 using namespace kestrelink;
 using namespace kestrelink::standard;
@@ -30,6 +31,11 @@ void use(std::optional<std::string>);
 void welcome(std::optional<std::string>);
 void report(std::optional<ErrorInfo>);
 void warn(std::string_view, std::string_view);
+namespace signin = kestrelink::signin;
+void keep(std::string_view);
+void show(std::string_view);
+void use(const signin::Session&);
+void welcome(std::string_view, SAMLDate);
 """
 PARAMETERS = """[[maybe_unused]] const SAMLParserController& controller,
 [[maybe_unused]] std::shared_ptr<SAMLResponse> response,
@@ -37,7 +43,11 @@ PARAMETERS = """[[maybe_unused]] const SAMLParserController& controller,
 [[maybe_unused]] std::shared_ptr<SAMLSubject> subject, [[maybe_unused]] SharedBytes bytes,
 [[maybe_unused]] std::string_view text, [[maybe_unused]] std::string_view xml,
 [[maybe_unused]] std::string_view responseText, [[maybe_unused]] std::string_view name,
-[[maybe_unused]] std::string_view address, [[maybe_unused]] std::optional<ErrorInfo> error"""
+[[maybe_unused]] std::string_view address, [[maybe_unused]] std::string_view metadata,
+[[maybe_unused]] std::string_view posted, [[maybe_unused]] std::string_view pending,
+[[maybe_unused]] std::string pem, [[maybe_unused]] signin::Client client,
+[[maybe_unused]] std::optional<signin::Provider> provider, [[maybe_unused]] signin::Policy policy,
+[[maybe_unused]] std::optional<ErrorInfo> error"""
 
 
 def blocks():
