@@ -59,6 +59,8 @@ Sample sampleIn(const char* file) {
   const std::string unsignedText{std::istreambuf_iterator<char>(stream), {}};
   const std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> key(EVP_RSA_gen(2048), &EVP_PKEY_free);
   const std::unique_ptr<X509, decltype(&X509_free)> x509(X509_new(), &X509_free);
+  X509_gmtime_adj(X509_getm_notBefore(x509.get()), 0);
+  X509_gmtime_adj(X509_getm_notAfter(x509.get()), 3600);
   X509_set_pubkey(x509.get(), key.get());
   X509_sign(x509.get(), key.get(), EVP_sha256());
   const std::unique_ptr<BIO, decltype(&BIO_free)> pem(BIO_new(BIO_s_mem()), &BIO_free),
