@@ -60,6 +60,7 @@ class Parser {
                 const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
                 int attributeCount, const xmlChar** attributes);
   std::uint64_t countAttributes(const xmlParserCtxt& parser, const xmlChar** attributes, int count);
+  void countNameOutsideTags(xmlParserCtxt& parser) noexcept;
   void countReferences(const xmlParserCtxt& parser, std::string_view value);
   void countReference(const xmlParserCtxt& parser, const xmlChar* name);
   // In a callback, through which nothing may be thrown.
@@ -142,6 +143,7 @@ xmlEntity* Parser::entity(void* context, const xmlChar* name) noexcept {
     self.cost_.add(MessageCost::entitiesLookedUp, 1);
     if (self.cost_.exceeded() != nullptr) return nullptr;
   }
+  self.countNameOutsideTags(*static_cast<xmlParserCtxt*>(context));
   return xmlSAX2GetEntity(context, name);
 }
 
@@ -202,7 +204,9 @@ void Parser::comment(void* context, const xmlChar* text) noexcept {
 }
 
 void Parser::instruction(void* context, const xmlChar* target, const xmlChar* data) noexcept {
-  of(context).cost_.endPiece();
+  Parser& self = of(context);
+  self.cost_.endPiece();
+  self.countNameOutsideTags(*static_cast<xmlParserCtxt*>(context));
   xmlSAX2ProcessingInstruction(context, target, data);
 }
 
@@ -235,6 +239,12 @@ std::uint64_t Parser::countAttributes(const xmlParserCtxt& parser, const xmlChar
     countReferences(parser, viewOf(attribute[3]).substr(0, length));
   }
   return bytesOfPrefixes;
+}
+
+// Of an instruction, or of an entity, which may be unknown.
+void Parser::countNameOutsideTags(xmlParserCtxt& parser) noexcept {
+  cost_.add(MessageCost::comparisons, libxmlComparisonsOfName(parser));
+  if (cost_.exceeded() != nullptr && !isInDocumentType_) xmlStopParser(&parser);
 }
 
 void Parser::countReferences(const xmlParserCtxt& parser, std::string_view value) {
