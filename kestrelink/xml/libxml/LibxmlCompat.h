@@ -78,20 +78,25 @@ inline std::string_view libxmlTextAhead(xmlParserInput& input) noexcept {
           static_cast<std::size_t>(input.end - input.cur)};
 }
 
-/// An entry of a hash chain counts as so many comparisons, because it lies far from the one before
-/// it in memory.
-constexpr std::uint64_t kFarApart = 50;
-
-/// The comparisons with which libxml2 finds one name, in a hash chain. The number of chains is
-/// fixed.
-inline std::uint64_t libxmlComparisonsOfName(const xmlParserCtxt& parser) noexcept {
-  constexpr std::uint64_t kListsOfNames = 4608;
-  return kFarApart * (static_cast<std::uint64_t>(xmlDictSize(parser.dict)) / kListsOfNames);
+/// The names that libxml2 keeps: every different one of the message so far.
+inline std::uint64_t libxmlNamesKept(const xmlParserCtxt& parser) noexcept {
+  return static_cast<std::uint64_t>(xmlDictSize(parser.dict));
 }
 
-/// The comparisons that libxml2 makes for one tag: each attribute and namespace with those before
-/// it, each prefix with the namespaces in scope, and each name and identifier with the entries of a
-/// hash chain. Prefixes are compared byte by byte, and may begin alike. The products need 64 bits.
+// An entry of a hash chain counts as that many comparisons, because it lies far from the one before
+// it in memory. The number of chains is fixed.
+constexpr std::uint64_t kLibxmlFarApart = 50;
+
+/// The comparisons with which libxml2 looks up so many names: each with the entries of a chain.
+inline std::uint64_t libxmlComparisonsOfNames(std::uint64_t namesKept,
+                                              std::uint64_t names) noexcept {
+  constexpr std::uint64_t kListsOfNames = 4608;
+  return kLibxmlFarApart * (namesKept / kListsOfNames) * names;
+}
+
+/// The other comparisons that libxml2 makes for one tag: each attribute and namespace with those
+/// before it, each prefix with the namespaces in scope, and each identifier with the entries of a
+/// chain. Prefixes are compared byte by byte, and may begin alike. The products need 64 bits.
 inline std::uint64_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceCount,
                                        int attributeCount, std::uint64_t bytesOfPrefixes,
                                        std::uint64_t identifiersOfMessage) noexcept {
@@ -103,14 +108,17 @@ inline std::uint64_t libxmlComparisons(const xmlParserCtxt& parser, int namespac
   constexpr std::uint64_t kListsOfIdentifiers = 16384;
   const std::uint64_t identifiersInList = identifiersOfMessage / kListsOfIdentifiers;
   return (namespaces * namespaces + attributes * attributes) / 2 +
-         (inScope + libxmlComparisonsOfName(parser)) * (attributes + 1) +
-         inScope * (bytesOfPrefixes / 4) + kFarApart * identifiersInList;
+         inScope * (attributes + 1 + bytesOfPrefixes / 4) + kLibxmlFarApart * identifiersInList;
 }
 
 #else  // hash tables from here on
 
 inline std::string_view libxmlTextAhead(const xmlParserInput& /*input*/) noexcept { return {}; }
-inline std::uint64_t libxmlComparisonsOfName(const xmlParserCtxt& /*parser*/) noexcept { return 0; }
+inline std::uint64_t libxmlNamesKept(const xmlParserCtxt& /*parser*/) noexcept { return 0; }
+inline std::uint64_t libxmlComparisonsOfNames(std::uint64_t /*namesKept*/,
+                                              std::uint64_t /*names*/) noexcept {
+  return 0;
+}
 inline std::uint64_t libxmlComparisons(const xmlParserCtxt& /*parser*/, int /*namespaceCount*/,
                                        int /*attributeCount*/, std::uint64_t /*bytesOfPrefixes*/,
                                        std::uint64_t /*identifiersOfMessage*/) noexcept {
