@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -32,12 +33,19 @@ inline constexpr int kDeepestCopied = 1000;
 /// All others are plain elements, which write all their children; a `SAMLSubjectConfirmation`
 /// leaves some out.
 inline std::shared_ptr<XMLWrapperElement> blankElement(const std::optional<std::string>& tagName) {
-  constexpr std::array<std::string_view, 6> kLookedUpByClass = {
-      "Attribute", "Conditions", "IDPEntry", "RequestedAuthnContext", "Scoping", "Subject"};
-  const bool byClass = tagName && std::find(kLookedUpByClass.begin(), kLookedUpByClass.end(),
-                                            *tagName) != kLookedUpByClass.end();
-  auto element = elementFromText(byClass ? "<" + *tagName + "/>" : "<x/>");
-  if (!byClass) element->setTagName(tagName);
+  // No class is registered for the last.
+  constexpr std::array<std::string_view, 7> kNames = {
+      "Attribute", "Conditions", "IDPEntry", "RequestedAuthnContext", "Scoping", "Subject", "x"};
+  static const auto classes = [&kNames] {
+    std::array<const XMLWrapperElementClass*, kNames.size()> found{};
+    std::transform(kNames.begin(), kNames.end(), found.begin(), [](std::string_view name) {
+      return &elementFromText("<" + std::string(name) + "/>")->dynamicClass();
+    });
+    return found;
+  }();
+  const auto known = std::find(kNames.begin(), kNames.end() - 1, tagName.value_or(""));
+  auto element = classes[static_cast<std::size_t>(known - kNames.begin())]->makeInstance();
+  element->setTagName(tagName);
   return element;
 }
 

@@ -54,6 +54,8 @@ class XMLTreeReading : public std::enable_shared_from_this<XMLTreeReading> {
 
   const std::weak_ptr<xmlDoc> tree;  // weak: elements do not keep the tree alive
   const std::shared_ptr<XMLWrapperQuery> query;
+  // The latest element that was not read as a child. Only compared: it may be gone.
+  const XMLWrapperElement* latestRoot = nullptr;
   NamespaceRecords namespaces{memory_};
 
  private:
@@ -166,10 +168,14 @@ TreeReader::TreeReader(const SharedXmlDoc& tree, std::shared_ptr<XMLWrapperQuery
 
 std::shared_ptr<XMLWrapperElement> TreeReader::read(xmlNode* node,
                                                     const XMLWrapperElementClass& asClass) {
-  return reading_->read(node, asClass);
+  std::shared_ptr<XMLWrapperElement> element = reading_->read(node, asClass);
+  reading_->latestRoot = element.get();
+  return element;
 }
 
-std::shared_ptr<XMLWrapperElement> TreeReader::read(xmlNode* node) { return reading_->read(node); }
+std::shared_ptr<XMLWrapperElement> TreeReader::read(xmlNode* node) {
+  return read(node, *reading_->nameOf(*node).elementClass);
+}
 
 std::vector<const XMLWrapperNamespace*> TreeReader::prefixes() const {
   return reading_->namespaces.latestBindings();
@@ -216,6 +222,11 @@ void XMLWrapperElement::readNode(::xmlNode* node, XMLTreeReading& reading) {
   if (isElement || isAttribute || node->type == XML_DOCUMENT_NODE) {
     readChildren(*node, reading, textContent_, elements_);
   }
+}
+
+// False only for an element made in memory, or read for itself, that was never added to another.
+bool XMLWrapperElement::mayBeChild() const {
+  return (reading_ && reading_->latestRoot != this) || (changes_ && changes_->wasAdopted);
 }
 
 XmlNodeRef XMLWrapperElement::nodeRead() const {

@@ -44,12 +44,6 @@ XMLWrapperElement::~XMLWrapperElement() {
   }
 }
 
-std::shared_ptr<XMLWrapperElement> XMLWrapperElementClass::makeInstance() const {
-  std::shared_ptr<XMLWrapperElement> instance = maker_();
-  instance->class_ = this;
-  return instance;
-}
-
 const XMLWrapperElementClass& XMLWrapperElement::dynamicClass() const { return *class_; }
 
 // Making in memory
@@ -178,11 +172,6 @@ bool XMLWrapperElement::adopt(const std::shared_ptr<XMLWrapperElement>& element)
   }
   if (!element->mayBeChild()) element->changes().wasAdopted = true;
   return true;
-}
-
-// False only for an element made in memory that was never added to another.
-bool XMLWrapperElement::mayBeChild() const {
-  return reading_ != nullptr || (changes_ && changes_->wasAdopted);
 }
 
 // Visits each element once, even when it has several parents.

@@ -189,4 +189,10 @@ class KESTRELINK_TYPE XMLWrapperElement {
   std::unique_ptr<Changes> changes_;
 };
 
+inline std::shared_ptr<XMLWrapperElement> XMLWrapperElementClass::makeInstance() const {
+  std::shared_ptr<XMLWrapperElement> instance = maker_();
+  instance->class_ = this;
+  return instance;
+}
+
 }  // namespace kestrelink

@@ -22,7 +22,7 @@ class XMLWrapperElementClass {
 
   std::string_view name() const { return name_; }
   /// A new instance; its `dynamicClass` is this.
-  KESTRELINK_INTERNAL std::shared_ptr<XMLWrapperElement> makeInstance() const;
+  std::shared_ptr<XMLWrapperElement> makeInstance() const;  // inline in XMLWrapperElement.h
 
  private:
   std::string_view name_;

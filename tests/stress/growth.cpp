@@ -189,7 +189,7 @@ Shape shapeOf(std::uint64_t seed) {
   Composer random(seed);
   const std::size_t chosen = random.below(2 * std::size(kOperations));
   Shape shape{"", &kOperations[chosen < std::size(kOperations) ? chosen : 0], 1};
-  const std::size_t most = std::size_t{12'000} << random.below(8);
+  const std::size_t most = std::size_t{12'000} << random.below(10);
   for (std::size_t size = 0; size == 0 || size > most;) {
     shape.recipe = random.recipe();
     size = shape.text(4).size();
@@ -234,7 +234,7 @@ bool growsFaster(double before, double after, double doublings) {
 
 // What looks like growth must do so again: on a busy machine times differ.
 bool isFind(const Shape& shape, int repetitions = 1) {
-  constexpr double kFloorSeconds = 0.1, kFloorKilobytes = 30'000;
+  constexpr double kFloorSeconds = 1, kFloorKilobytes = 60'000;
   const Trial twice = tried(shape, 4, repetitions);
   if (twice.isTooMuch()) return true;
   if (twice.seconds < kFloorSeconds && twice.kilobytes < kFloorKilobytes) return false;

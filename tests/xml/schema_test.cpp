@@ -60,6 +60,25 @@ TEST(Schema, TheEntityLoaderServesTheBundleAndNothingElse) {
   EXPECT_EQ(XMLWExternalEntityLoader(nullptr, nullptr, context.get()), nullptr);
 }
 
+TEST(Schema, ADescriptionNamesTheFileAndEndsAfterAMegabyte) {
+  std::string xml = "<r";
+  for (int n = 0; n < 600; ++n) {
+    xml += " a" + std::to_string(n) + std::string(2000, 'x') + "=''";
+  }
+  xml += "/>";
+  const XmlDocOwner doc(
+      xmlReadMemory(xml.data(), static_cast<int>(xml.size()), "file.xml", nullptr, 0));
+  std::optional<ErrorInfo> error;
+  const auto empty = schema("<xs:element name='r'><xs:complexType/></xs:element>");
+  EXPECT_FALSE(XMLWrapperSchema::initWithSchemaData(empty)->validateDocument(doc.get(), &error));
+  const std::vector<std::string> lines = split(error->info.begin()->second, "\n");
+  const auto described = std::count_if(lines.begin(), lines.end(), [](const std::string& line) {
+    return line.starts_with("ERROR 1866: file.xml line 1: ");
+  });
+  EXPECT_LT(error->info.begin()->second.size(), 1'010'000u);
+  EXPECT_EQ(lines.at(lines.size() - 2), std::to_string(600 - described) + " more errors");
+}
+
 TEST(Schema, NothingToValidate) {
   const LogCapture log;
   const std::string description = "Invalid docPtr or schemaPtr given for validating DOM Document";

@@ -1,10 +1,12 @@
 #include "kestrelink/xml/libxml/BoundedParse.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <new>
 #include <string_view>
+#include <utility>
 
 #include <libxml/SAX2.h>
 #include <libxml/entities.h>
@@ -60,6 +62,7 @@ class Parser {
                 const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
                 int attributeCount, const xmlChar** attributes);
   std::uint64_t countAttributes(const xmlParserCtxt& parser, const xmlChar** attributes, int count);
+  void countNames(const xmlParserCtxt& parser, std::uint64_t atLeast);
   void countReferences(const xmlParserCtxt& parser, std::string_view value);
   void countReference(const xmlParserCtxt& parser, const xmlChar* name);
   // In a callback, through which nothing may be thrown.
@@ -72,6 +75,7 @@ class Parser {
   MessageCost& cost_;
   XmlParserOwner parser_;
   std::uint64_t identifiers_ = 0;
+  std::uint64_t namesKept_ = 0;
   bool hasDocumentType_ = false;
   bool isInDocumentType_ = false;
 };
@@ -137,12 +141,13 @@ void Parser::externalSubset(void* context, const xmlChar* name, const xmlChar* p
 // Stopping the parser inside a document type declaration would not end it: libxml2 2.9 goes on to
 // skip blanks. An unknown entity has no content, so it soon comes to the first tag, which stops it.
 xmlEntity* Parser::entity(void* context, const xmlChar* name) noexcept {
+  auto* const parser = static_cast<xmlParserCtxt*>(context);
   Parser& self = of(context);
-  if (self.isInDocumentType_) {
-    self.cost_.add(MessageCost::entitiesLookedUp, 1);
-    if (self.cost_.exceeded() != nullptr) return nullptr;
-  }
-  return xmlSAX2GetEntity(context, name);
+  self.countNames(*parser, 1);
+  if (self.isInDocumentType_) self.cost_.add(MessageCost::entitiesLookedUp, 1);
+  if (self.cost_.exceeded() == nullptr) return xmlSAX2GetEntity(context, name);
+  if (!self.isInDocumentType_) xmlStopParser(parser);
+  return nullptr;
 }
 
 xmlEntity* Parser::parameterEntity(void* context, const xmlChar* name) noexcept {
@@ -202,7 +207,11 @@ void Parser::comment(void* context, const xmlChar* text) noexcept {
 }
 
 void Parser::instruction(void* context, const xmlChar* target, const xmlChar* data) noexcept {
-  of(context).cost_.endPiece();
+  auto* const parser = static_cast<xmlParserCtxt*>(context);
+  Parser& self = of(context);
+  self.countNames(*parser, 1);
+  self.cost_.endPiece();
+  if (self.cost_.exceeded() != nullptr && !self.isInDocumentType_) return xmlStopParser(parser);
   xmlSAX2ProcessingInstruction(context, target, data);
 }
 
@@ -216,8 +225,17 @@ void Parser::countTag(const xmlParserCtxt& parser, const xmlChar* name, const xm
   const std::uint64_t bytesOfPrefixes =
       cost_.lengthOf(prefix) + countAttributes(parser, attributes, attributeCount);
   cost_.startTag(name, uri);
+  countNames(parser, static_cast<std::uint64_t>(attributeCount) + 1);
   cost_.add(MessageCost::comparisons, libxmlComparisons(parser, namespaceCount, attributeCount,
                                                         bytesOfPrefixes, identifiers_));
+}
+
+// The names that libxml2 looked up since the last call. Some it does not pass on, for example those
+// of namespaces that it refuses; those that are new show in what it keeps.
+void Parser::countNames(const xmlParserCtxt& parser, std::uint64_t atLeast) {
+  const std::uint64_t before = std::exchange(namesKept_, libxmlNamesKept(parser));
+  cost_.add(MessageCost::comparisons,
+            libxmlComparisonsOfNames(namesKept_, std::max(atLeast, namesKept_ - before)));
 }
 
 // libxml2 passes each attribute as five pointers: local name, prefix, URI, start and end of value.

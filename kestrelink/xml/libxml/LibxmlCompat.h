@@ -78,31 +78,47 @@ inline std::string_view libxmlTextAhead(xmlParserInput& input) noexcept {
           static_cast<std::size_t>(input.end - input.cur)};
 }
 
-/// The comparisons that libxml2 makes for one tag: each attribute and namespace with those before
-/// it, each prefix with the namespaces in scope, and each name and identifier with the entries of a
-/// hash chain. The number of chains is fixed. An entry of a chain counts as `kFarApart`
-/// comparisons, because it lies far from the one before it in memory. Prefixes are compared byte by
-/// byte, and may begin alike. The products need 64 bits.
+/// The names that libxml2 keeps: every different one of the message so far.
+inline std::uint64_t libxmlNamesKept(const xmlParserCtxt& parser) noexcept {
+  return static_cast<std::uint64_t>(xmlDictSize(parser.dict));
+}
+
+// An entry of a hash chain counts as that many comparisons, because it lies far from the one before
+// it in memory. The number of chains is fixed.
+constexpr std::uint64_t kLibxmlFarApart = 50;
+
+/// The comparisons with which libxml2 looks up so many names: each with the entries of a chain.
+inline std::uint64_t libxmlComparisonsOfNames(std::uint64_t namesKept,
+                                              std::uint64_t names) noexcept {
+  constexpr std::uint64_t kListsOfNames = 4608;
+  return kLibxmlFarApart * (namesKept / kListsOfNames) * names;
+}
+
+/// The other comparisons that libxml2 makes for one tag: each attribute and namespace with those
+/// before it, each prefix with the namespaces in scope, and each identifier with the entries of a
+/// chain. Prefixes are compared byte by byte, and may begin alike. The products need 64 bits.
 inline std::uint64_t libxmlComparisons(const xmlParserCtxt& parser, int namespaceCount,
                                        int attributeCount, std::uint64_t bytesOfPrefixes,
                                        std::uint64_t identifiersOfMessage) noexcept {
   const auto namespaces = static_cast<std::uint64_t>(namespaceCount);
   const auto attributes = static_cast<std::uint64_t>(attributeCount);
   const auto inScope = static_cast<std::uint64_t>(parser.nsNr) / 2;
-  constexpr std::uint64_t kListsOfNames = 4608, kFarApart = 50;
-  const auto inList = static_cast<std::uint64_t>(xmlDictSize(parser.dict)) / kListsOfNames;
   // Validation compares an identifier with half of its chain, two places in memory each. For
   // simplicity it is counted for every tag, which is an upper bound.
   constexpr std::uint64_t kListsOfIdentifiers = 16384;
   const std::uint64_t identifiersInList = identifiersOfMessage / kListsOfIdentifiers;
   return (namespaces * namespaces + attributes * attributes) / 2 +
-         (inScope + kFarApart * inList) * (attributes + 1) + inScope * (bytesOfPrefixes / 4) +
-         kFarApart * identifiersInList;
+         inScope * (attributes + 1 + bytesOfPrefixes / 4) + kLibxmlFarApart * identifiersInList;
 }
 
 #else  // hash tables from here on
 
 inline std::string_view libxmlTextAhead(const xmlParserInput& /*input*/) noexcept { return {}; }
+inline std::uint64_t libxmlNamesKept(const xmlParserCtxt& /*parser*/) noexcept { return 0; }
+inline std::uint64_t libxmlComparisonsOfNames(std::uint64_t /*namesKept*/,
+                                              std::uint64_t /*names*/) noexcept {
+  return 0;
+}
 inline std::uint64_t libxmlComparisons(const xmlParserCtxt& /*parser*/, int /*namespaceCount*/,
                                        int /*attributeCount*/, std::uint64_t /*bytesOfPrefixes*/,
                                        std::uint64_t /*identifiersOfMessage*/) noexcept {
