@@ -94,9 +94,9 @@ install(DIRECTORY "${KestrelinkSAML_BUNDLE}"
 if(TARGET ksaml)
   file(RELATIVE_PATH lib_from_bin "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
   set_target_properties(ksaml PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
-  install(TARGETS ksaml RUNTIME COMPONENT runtime)
+  install(TARGETS ksaml RUNTIME COMPONENT signin)
   kestrelink_compressed("${PROJECT_SOURCE_DIR}/docs/ksaml.1" ksaml.1.gz)
-  install(FILES "${PROJECT_BINARY_DIR}/ksaml.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT runtime)
+  install(FILES "${PROJECT_BINARY_DIR}/ksaml.1.gz" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT signin)
   install(FILES tools/completion/ksaml
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT runtime)
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT signin)
 endif()

@@ -1,5 +1,5 @@
 # `cpack` makes four Debian packages: each library, and what is needed to build with it. The tool is in
-# the package of the first.
+# the package of the second, which it uses.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -34,8 +34,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
   "${PROJECT_BINARY_DIR}/debian/none/postinst;${PROJECT_BINARY_DIR}/debian/none/postrm")
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
 "Reads a television provider's SAML response to a sign-in and makes the SAML
-requests. This package holds the shared library, the schema files for its
-validation, and the command-line tool ksaml.")
+requests. This package holds the shared library and the schema files for its
+validation.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkestrelink-saml-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
@@ -57,7 +57,8 @@ set(CPACK_DEBIAN_SIGNIN_PACKAGE_CONTROL_EXTRA
 set(CPACK_DEBIAN_SIGNIN_PACKAGE_DEPENDS "${runtime} (= ${PROJECT_VERSION})")
 set(CPACK_COMPONENT_SIGNIN_DESCRIPTION
 "Signs television subscribers in with SAML 2.0 identity providers: verifies,
-decrypts and checks their responses, and makes signed requests.")
+decrypts and checks their responses, and makes signed requests. This package
+holds the shared library and the command-line tool ksaml.")
 set(CPACK_DEBIAN_SIGNIN_DEVELOPMENT_PACKAGE_NAME libkestrelink-saml-signin-dev)
 set(CPACK_DEBIAN_SIGNIN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_SIGNIN_DEVELOPMENT_PACKAGE_DEPENDS

@@ -60,9 +60,13 @@ TEST(Layers, IncludesPointDownwards) {
 
   // What a client could have written includes what a client can include.
   const std::string own = "(kestrelink/(saml/KestrelinkSAML|standard/[A-Za-z]+)|[A-Za-z0-9]+)\\.h";
-  for (const std::string folder : {"kestrelink/standard", "tools"}) {
-    EXPECT_GT(includesThatMatch(folder, own), 0) << folder;
-  }
+  const std::string exported = "kestrelink/(saml|standard|signin|xml)/([a-z]+/)?[A-Za-z]+\\.h";
+  const std::string tool =
+      "(kestrelink/(saml/KestrelinkSAML|standard/[A-Za-z]+|signin/"
+      "(Bindings|Client|Result|SignIn))|[A-Za-z]+)\\.h";
+  EXPECT_GT(includesThatMatch("kestrelink/standard", own), 0);
+  EXPECT_GT(includesThatMatch("kestrelink/signin", exported), 0);
+  EXPECT_GT(includesThatMatch("tools", tool), 0);
 }
 
 }  // namespace

@@ -89,6 +89,30 @@ Json unreadDates(const kestrelink::SAMLResponse& response) {
   return all;
 }
 
+const char* nameOf(kestrelink::signin::Verdict verdict) {
+  switch (verdict) {
+    case kestrelink::signin::Verdict::signedIn:
+      return "signedIn";
+    case kestrelink::signin::Verdict::showSignInPage:
+      return "showSignInPage";
+    case kestrelink::signin::Verdict::denied:
+      return "denied";
+    case kestrelink::signin::Verdict::loggedOut:
+      return "loggedOut";
+    case kestrelink::signin::Verdict::answered:
+      return "answered";
+    case kestrelink::signin::Verdict::refused:
+      break;
+  }
+  return "refused";
+}
+
+Json verification(const Reading& reading) {
+  if (!reading.result) return {};
+  return {{"verdict", nameOf(reading.result->verdict)},
+          {"explanation", reading.result->explanation}};
+}
+
 using Response = const kestrelink::SAMLResponse&;
 using Options = const ReadOptions&;
 
@@ -135,8 +159,10 @@ constexpr Entry kEntries[] = {
 }  // namespace
 
 std::string jsonReport(const Reading& reading, const ReadOptions& options) {
-  Json report = {
-      {"file", reading.file}, {"accepted", reading.accepted}, {"error", json(reading.error)}};
+  Json report = {{"file", reading.file},
+                 {"accepted", reading.accepted},
+                 {"error", json(reading.error)},
+                 {"verification", verification(reading)}};
   for (const Entry& entry : kEntries) {
     report[entry.key] = reading.response ? entry.value(*reading.response, options) : Json();
   }

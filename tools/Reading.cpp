@@ -4,8 +4,6 @@
 
 #include "kestrelink/standard/StandardReading.h"
 
-#include "Bindings.h"
-
 namespace ksaml {
 namespace {
 
@@ -48,6 +46,8 @@ constexpr const char* kEnvelopeSchema = R"(
     </complexType>
   </element>
 </schema>)";
+
+constexpr std::string_view kSoapNamespace = "http://schemas.xmlsoap.org/soap/envelope/";
 
 bool isSoapEnvelope(const kestrelink::XMLWrapperElement& root) {
   return root.tagName() == "Envelope" && !root.namespaces().empty() &&
@@ -96,6 +96,15 @@ Reading readMessage(kestrelink::SAMLParserController& controller, std::string_vi
       reading.response->isValid(&reading.error);
   if (reading.accepted) reading.error.reset();
   return reading;
+}
+
+void believe(Reading& reading, kestrelink::signin::Result result) {
+  using kestrelink::signin::Verdict;
+  reading.accepted = result.verdict == Verdict::signedIn || result.verdict == Verdict::answered ||
+                     result.verdict == Verdict::loggedOut;
+  reading.error.reset();
+  if (result.response) reading.response = result.response;
+  reading.result = std::move(result);
 }
 
 std::vector<std::string> audiencesOf(const SAMLResponse& response) {

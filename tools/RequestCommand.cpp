@@ -6,11 +6,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include "kestrelink/signin/Bindings.h"
 #include "kestrelink/standard/StandardForms.h"
 
-#include "Base64Text.h"
-#include "Bindings.h"
 #include "InputFile.h"
+#include "InputMessage.h"
 #include "Reading.h"
 #include "Table.h"
 
@@ -24,12 +24,6 @@ kestrelink::SAMLParserController& controller() {
 std::nullptr_t refuse(const char* format, const std::string& what) {
   std::fprintf(stderr, format, printable(what).c_str());
   return nullptr;
-}
-
-// The message in a file, in any binding.
-std::optional<std::string> messageInFile(const std::string& file) {
-  const auto text = readInput(file);
-  return text ? messageIn(*text, false, file) : std::nullopt;
 }
 
 std::shared_ptr<kestrelink::SAMLResponse> responseIn(const std::string& message,
@@ -78,13 +72,20 @@ void RequestCommand::addBindings(CLI::App& command) {
   CLI::Option* const base64 =
       command.add_flag("--base64", base64_, "Write the form value that a browser posts");
   CLI::Option* const soap = command.add_flag("--soap", soap_, "Write it in a SOAP 1.1 envelope");
-  command
-      .add_option("--redirect", redirect_,
-                  "Write this URL with the request in its query (HTTP-Redirect, unsigned)")
-      ->type_name("URL")
-      ->excludes(base64)
-      ->excludes(soap);
+  CLI::Option* const redirect = command.add_option(
+      "--redirect", redirect_, "Write this URL with the request in its query (HTTP-Redirect)");
+  CLI::Option* const post = command.add_option(
+      "--post", post_, "Write an HTML page that posts the request to this URL (HTTP-POST)");
+  redirect->type_name("URL")->excludes(base64)->excludes(soap)->excludes(post);
+  post->type_name("URL")->excludes(base64)->excludes(soap);
   soap->excludes(base64);
+  command.add_option("--relay-state", relayState_, "What the provider sends back")
+      ->type_name("TEXT");
+  command.add_option("--sign-with", keyFile_, "Sign the request with this private key (PEM)")
+      ->type_name("FILE");
+  command.add_option("--certificate", certificateFile_, "Its certificate, which the request names")
+      ->type_name("FILE");
+  command.add_flag("--print-id", printId_, "Write the request's ID first, on a line of its own");
 }
 
 void RequestCommand::addSubject(CLI::App& command) {
@@ -119,6 +120,17 @@ void RequestCommand::addAuthn(CLI::App& request) {
   command.add_flag("--passive", passive_, "The provider must not show its sign-in page");
   command.add_flag("--force-authn", forceAuthn_,
                    "The subscriber must sign in even if signed in already");
+  command
+      .add_option("--name-id-format", nameIdFormat_,
+                  "The format of the name identifier (default transient)")
+      ->type_name("URI");
+  command.add_flag("--allow-create", allowCreate_, "The provider may make a new name identifier");
+  command
+      .add_option("--context-class", contextClasses_,
+                  "A way of authentication that is accepted: the URI of its class")
+      ->type_name("URI")
+      ->expected(1)
+      ->take_all();
   addSubject(command);
 }
 
@@ -192,14 +204,35 @@ int RequestCommand::run() const {
         "it accepts\n",
         stderr);
   }
-  std::printf("%s\n", carried(*text).c_str());
+  const auto message = carried(*text);
+  if (!message) return 2;
+  if (printId_) {
+    const auto id = kestrelink::standard::attributeText(*request->documentElement(), "ID");
+    std::printf("%s\n", id.value_or("").c_str());
+  }
+  std::printf("%s\n", message->c_str());
   return finishedOutput() ? 0 : 2;
 }
 
-std::string RequestCommand::carried(const std::string& text) const {
-  if (redirect_) return redirectUrl(*redirect_, text);
-  if (soap_) return inSoapEnvelope(text);
-  return base64_ ? toBase64(text) : text;
+std::optional<std::string> RequestCommand::carried(const std::string& text) const {
+  namespace signin = kestrelink::signin;
+  const auto key = keyFile_ ? readInput(*keyFile_) : std::string();
+  const auto certificate = certificateFile_ ? readInput(*certificateFile_) : std::string();
+  if (!key || !certificate) return std::nullopt;
+  const signin::Endpoint endpoint = redirect_
+                                        ? signin::Endpoint{signin::Binding::redirect, *redirect_}
+                                    : post_ ? signin::Endpoint{signin::Binding::post, *post_}
+                                            : signin::Endpoint{signin::Binding::soap, ""};
+  std::string reason;
+  std::optional<std::string> message;
+  if (redirect_ || post_ || soap_) {
+    message = signin::encode(text, {endpoint, relayState_, *key, *certificate}, reason);
+  } else {
+    message = key->empty() ? text : signin::signedRequest(text, *key, *certificate, reason);
+    if (message && base64_) message = signin::formValue(*message);
+  }
+  if (!message) refuse("ksaml: %s\n", reason);
+  return message;
 }
 
 template <class Request>
@@ -238,6 +271,10 @@ RequestCommand::Document RequestCommand::authn() const {
   if (passive_) request->setIsPassive(true);
   if (forceAuthn_) request->setForceAuthN(true);
   if (acsUrl_) kestrelink::standard::setAssertionConsumerService(*request, *acsUrl_);
+  const auto policy = request->requestElement()->nameIdPolicy();
+  if (nameIdFormat_) policy->setAttributeWithName("Format", *nameIdFormat_);
+  if (allowCreate_) policy->setAttributeWithName("AllowCreate", "true");
+  kestrelink::standard::setContextClasses(*request, contextClasses_);
   return takesSubject(*request, nullptr) ? finished(request) : nullptr;
 }
 

@@ -53,13 +53,17 @@ class RequestCommand {
   /// The request with the destination and in the standard form, if the command line asks for them.
   template <class Request>
   Document finished(const std::shared_ptr<Request>& request) const;
-  /// The text in the binding that the command line chose.
-  std::string carried(const std::string& text) const;
+  /// The text in the binding that the command line chose, signed if there is a key. `std::nullopt`,
+  /// with a line on standard error, when that fails.
+  std::optional<std::string> carried(const std::string& text) const;
 
   std::optional<std::string> issuer_, providerName_, subjectFile_, channel_, resource_, reason_,
-      notOnOrAfter_, sessionIndex_, destination_, acsUrl_, nameIdFile_, redirect_;
-  std::vector<std::string> attributes_, actions_;
-  bool passive_ = false, forceAuthn_ = false, base64_ = false, soap_ = false, standard_ = false;
+      notOnOrAfter_, sessionIndex_, destination_, acsUrl_, nameIdFile_, redirect_, post_, keyFile_,
+      certificateFile_, nameIdFormat_;
+  std::string relayState_;
+  std::vector<std::string> attributes_, actions_, contextClasses_;
+  bool passive_ = false, forceAuthn_ = false, base64_ = false, soap_ = false, standard_ = false,
+       printId_ = false, allowCreate_ = false;
   std::function<Document()> chosen_;
 };
 

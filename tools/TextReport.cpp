@@ -83,7 +83,25 @@ constexpr const char* kRed = "\033[1;31m";
 constexpr const char* kYellow = "\033[1;33m";
 constexpr const char* kGreen = "\033[1;32m";
 
+Verdict verdictOf(const kestrelink::signin::Result& result) {
+  const std::string why = printable(result.explanation);
+  switch (result.verdict) {
+    case kestrelink::signin::Verdict::refused:
+      return {kRed, "refused: " + why};
+    case kestrelink::signin::Verdict::denied:
+      return {kYellow, "denied: " + why};
+    case kestrelink::signin::Verdict::showSignInPage:
+      return {kYellow, "not signed in: the provider has to show its sign-in page"};
+    case kestrelink::signin::Verdict::signedIn:
+    case kestrelink::signin::Verdict::loggedOut:
+    case kestrelink::signin::Verdict::answered:
+      break;
+  }
+  return {kGreen, why};
+}
+
 Verdict verdictOf(const Reading& reading, const ReadOptions& options) {
+  if (reading.result) return verdictOf(*reading.result);
   if (!reading.accepted) return {kRed, "rejected: " + reasonOf(reading, options)};
   const SAMLResponse& response = *reading.response;
   if (!response.responseElement()) {
@@ -108,6 +126,9 @@ std::string verdict(const Reading& reading, const ReadOptions& options, bool col
   text += "\n";
   if (reading.error) text += errorDetails(*reading.error);
   if (!reading.validated) text += "  not validated: no schema\n";
+  if (reading.result && !reading.result->response && reading.response) {
+    text += "  nothing of what follows is verified\n";
+  }
   return text;
 }
 
@@ -205,9 +226,10 @@ std::string decisionsText(const SAMLResponse& response, const ReadOptions& optio
   return table.empty() ? "" : "\n  Decisions\n" + table.text("    ");
 }
 
-std::string signedText(const SAMLResponse& response) {
+std::string signedText(const Reading& reading) {
+  if (reading.result && reading.result->response) return "verified";
   std::vector<std::string> names;
-  for (const auto& element : kestrelink::standard::signedElements(response)) {
+  for (const auto& element : kestrelink::standard::signedElements(*reading.response)) {
     names.push_back(element->tagName().value_or(""));
   }
   return names.empty() ? "nothing" : joined(names, ", ") + " (not verified)";
@@ -233,7 +255,8 @@ std::string unreadDatesText(const SAMLResponse& response) {
   return table.empty() ? "" : "\n  Dates that were not read\n" + table.text("    ");
 }
 
-std::string contents(const SAMLResponse& response, const ReadOptions& options) {
+std::string contents(const Reading& reading, const ReadOptions& options) {
+  const SAMLResponse& response = *reading.response;
   Table table;
   const auto assertions = response.assertions();
   table.add("Root", shown(response.documentElement()->tagName()));
@@ -248,7 +271,7 @@ std::string contents(const SAMLResponse& response, const ReadOptions& options) {
   if (const std::size_t encrypted = kestrelink::standard::encryptedAssertions(response)) {
     table.add("Encrypted", std::to_string(encrypted) + " more, not read");
   }
-  table.add("Signed", signedText(response));
+  table.add("Signed", signedText(reading));
   table.add("Audiences", joined(audiencesOf(response), ", "));
   table.add("Recipient", shown(kestrelink::standard::recipientOf(response)));
   table.add("In response to", shown(kestrelink::standard::inResponseTo(response)));
@@ -261,7 +284,7 @@ std::string contents(const SAMLResponse& response, const ReadOptions& options) {
 
 std::string textReport(const Reading& reading, const ReadOptions& options, bool colour) {
   std::string text = verdict(reading, options, colour);
-  if (reading.response) text += contents(*reading.response, options);
+  if (reading.response) text += contents(reading, options);
   return text;
 }
 

@@ -6,7 +6,7 @@
 
 #include "kestrelink/signin/Encoding.h"
 #include "kestrelink/signin/Incoming.h"
-#include "kestrelink/signin/XmlTree.h"
+#include "kestrelink/signin/Refusal.h"
 
 namespace kestrelink::signin {
 namespace {
@@ -99,38 +99,28 @@ std::optional<UrlSignature> signatureOf(const Parameters& parameters, Name messa
 bool isXml(std::string_view text) { return withoutBlank(text).starts_with('<'); }
 
 // The message in bytes that were base64.
-std::optional<Received> messageFrom(std::string bytes, const Policy& policy) {
-  if (isXml(bytes)) return Received{Binding::post, std::move(bytes), {}, {}};
+std::optional<std::string> messageFrom(std::string bytes, const Policy& policy) {
+  if (isXml(bytes)) return bytes;
   auto text = inflated(bytes, policy.mostBytes);
-  if (!text || !isXml(*text)) return std::nullopt;
-  return Received{Binding::redirect, std::move(*text), {}, {}};
+  return text && isXml(*text) ? text : std::nullopt;
 }
 
 Received messageFrom(const Parameters& parameters, const Policy& policy) {
-  if (parameters[kResponse] && parameters[kRequest])
+  if (parameters[kResponse] && parameters[kRequest]) {
     refuseParameter(kRequest, "is one message too many");
+  }
   const Name name = parameters[kResponse] ? kResponse : kRequest;
   const std::string encoding = valueOf(parameters, kEncoding);
   if (parameters[kEncoding] && encoding != kDeflate) {
     refuseParameter(kEncoding, "names an unknown encoding: " + quoted(encoding));
   }
-  auto message = messageFrom(bytesOf(parameters, name), policy);
-  if (!message) refuseParameter(name, "is neither XML nor deflated XML");
-  message->relayState = relayStateOf(parameters);
+  std::string bytes = bytesOf(parameters, name);
+  const bool isDeflated = !isXml(bytes);
+  auto xml = messageFrom(std::move(bytes), policy);
+  if (!xml) refuseParameter(name, "is neither XML nor deflated XML");
   // A form whose message is not deflated is not signed in this way.
-  if (message->binding == Binding::redirect) message->signature = signatureOf(parameters, name);
-  return std::move(*message);
-}
-
-bool isSoapEnvelope(const Received& message, const Policy& policy) {
-  try {
-    return quietly([&] {
-      const Owned<xmlDoc> document = parsed(message.xml, policy.mostBytes);
-      return is(xmlDocGetRootElement(document.get()), kSoap, "Envelope");
-    });
-  } catch (const Refusal&) {
-    return false;
-  }
+  return {std::move(*xml), relayStateOf(parameters),
+          isDeflated ? signatureOf(parameters, name) : std::nullopt};
 }
 
 }  // namespace
@@ -138,22 +128,20 @@ bool isSoapEnvelope(const Received& message, const Policy& policy) {
 Received unpacked(std::string_view received, const Policy& policy) {
   requireLength(received, policy.mostBytes);
   const std::string_view text = withoutBlank(received);
-  if (text.starts_with('<')) return {Binding::post, std::string(text), {}, {}};
+  if (text.starts_with('<')) return {std::string(text), {}, {}};
   const Parameters parameters = parametersOf(queryOf(text));
   if (parameters[kResponse] || parameters[kRequest]) return messageFrom(parameters, policy);
   auto bytes = fromBase64(text);
-  auto message = bytes ? messageFrom(std::move(*bytes), policy) : std::nullopt;
-  require(message.has_value(), Reason::notDecodable,
+  auto xml = bytes ? messageFrom(std::move(*bytes), policy) : std::nullopt;
+  require(xml.has_value(), Reason::notDecodable,
           "there is no message: neither XML, nor base64 of XML, nor a form or query with it");
-  return std::move(*message);
+  return {std::move(*xml), {}, {}};
 }
 
 std::optional<Received> decode(std::string_view received, std::string& reason,
                                const Policy& policy) {
   try {
-    Received message = unpacked(received, policy);
-    if (isSoapEnvelope(message, policy)) message.binding = Binding::soap;
-    return message;
+    return unpacked(received, policy);
   } catch (const Refusal& refusal) {
     reason = refusal.what();
     return std::nullopt;

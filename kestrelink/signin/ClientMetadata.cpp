@@ -50,8 +50,7 @@ xmlNode* addEndpoint(xmlNode* role, const char* name, Binding binding, const std
 
 void addRole(xmlNode* entity, const Client& client, const Policy& policy) {
   xmlNode* const role = add(entity, "SPSSODescriptor");
-  set(role, "AuthnRequestsSigned",
-      policy.signRequests && !client.signingKey.empty() ? "true" : "false");
+  set(role, "AuthnRequestsSigned", policy.signRequests ? "true" : "false");
   set(role, "WantAssertionsSigned", "true");
   set(role, "protocolSupportEnumeration", kProtocol);
   addKey(role, "signing", client.signingCertificate);
@@ -66,23 +65,28 @@ void addRole(xmlNode* entity, const Client& client, const Policy& policy) {
       "index", "0");
 }
 
-}  // namespace
-
-std::string metadataOf(const Client& client, const Policy& policy) {
-  const QuietLibxml quiet;
-  const Owned<xmlDoc> document(made(xmlNewDoc(xmlText("1.0"))));
+void addEntity(xmlDoc* document, const Client& client, const Policy& policy) {
   xmlNode* const entity =
-      made(xmlNewDocNode(document.get(), nullptr, xmlText("EntityDescriptor"), nullptr));
-  xmlDocSetRootElement(document.get(), entity);
+      made(xmlNewDocNode(document, nullptr, xmlText("EntityDescriptor"), nullptr));
+  xmlDocSetRootElement(document, entity);
   xmlSetNs(entity, made(xmlNewNs(entity, xmlText(kMetadata), nullptr)));
   set(entity, "entityID", client.entityId);
   addRole(entity, client, policy);
-  std::string text = written(document.get());
+}
+
+}  // namespace
+
+std::string metadataOf(const Client& client, const Policy& policy) {
   try {
-    reparsed(text);
-    return text;
+    return quietly([&] {
+      const Owned<xmlDoc> document(made(xmlNewDoc(xmlText("1.0"))));
+      addEntity(document.get(), client, policy);
+      std::string text = written(document.get());
+      reparsed(text);  // libxml2 writes whatever it is given
+      return text;
+    });
   } catch (const Refusal&) {
-    return {};  // libxml2 writes whatever it is given
+    return {};
   }
 }
 

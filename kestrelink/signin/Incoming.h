@@ -6,8 +6,7 @@
 
 namespace kestrelink::signin {
 
-/// As `decode`, without a look at the XML: a SOAP envelope is `Binding::post`. Refused: `tooLong`,
-/// `notDecodable`.
+/// As `decode`. Refused: `tooLong`, `notDecodable`.
 Received unpacked(std::string_view received, const Policy& policy);
 
 }  // namespace kestrelink::signin

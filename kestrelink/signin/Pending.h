@@ -5,11 +5,12 @@
 #include <string_view>
 
 #include "kestrelink/saml/elements/SAMLDate.h"
+#include "kestrelink/signin/SignIn.h"
 
 namespace kestrelink::signin {
 
 struct Pending {
-  enum class Kind { signIn, logout, query };
+  using Kind = Asked;
 
   Kind kind;
   std::string id;        // of the request

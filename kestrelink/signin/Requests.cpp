@@ -25,19 +25,6 @@ Request written(const Document& document) {
   return {standard::attributeText(*document.requestElement(), "ID").value_or(""), *xml};
 }
 
-void setContext(const SAMLAuthNRequest& request, const std::vector<std::string>& classes) {
-  if (classes.empty()) return;
-  const auto context =
-      standard::newElement("RequestedAuthnContext", "samlp", standard::kProtocolNamespace);
-  for (const std::string& each : classes) {
-    const auto reference =
-        standard::newElement("AuthnContextClassRef", "saml", standard::kAssertionNamespace);
-    reference->setTextContent(each);
-    context->addChildElement(reference);
-  }
-  request.requestElement()->addChildElement(context);
-}
-
 void setNameIdPolicy(const SAMLAuthNRequest& request, const Wishes& wishes) {
   const auto policy = request.requestElement()->nameIdPolicy();
   if (!wishes.nameIdFormat.empty()) policy->setAttributeWithName("Format", wishes.nameIdFormat);
@@ -64,7 +51,7 @@ Request signInRequest(const Client& client, const std::string& destination, cons
   if (wishes.passive) request->setIsPassive(true);
   if (wishes.forced) request->setForceAuthN(true);
   setNameIdPolicy(*request, wishes);
-  setContext(*request, wishes.contextClasses);
+  standard::setContextClasses(*request, wishes.contextClasses);
   requireMade(standard::toStandardForm(*request));
   return written(*request);
 }

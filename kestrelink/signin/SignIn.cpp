@@ -129,17 +129,11 @@ Started SignIn::Parts::send(const Endpoint& endpoint, const Request& request,
   started.endpoint = endpoint.url;
   started.id = request.id;
   started.pending = pending.text();
-  if (endpoint.binding == Binding::redirect) {
-    started.url =
-        redirectUrl(endpoint.url, request.xml, relayState, isSigned ? client.signingKey : "");
-    return started;
-  }
-  const std::string xml =
-      isSigned ? withSignature(request.xml, client.signingKey, client.signingCertificate)
-               : request.xml;
-  const bool isForm = endpoint.binding == Binding::post;
-  (isForm ? started.form : started.body) =
-      isForm ? postForm(endpoint.url, xml, relayState) : soapEnvelope(xml);
+  std::string& text = endpoint.binding == Binding::redirect ? started.url
+                      : endpoint.binding == Binding::post   ? started.form
+                                                            : started.body;
+  text = packed(request.xml, {endpoint, std::string(relayState), isSigned ? client.signingKey : "",
+                              client.signingCertificate});
   return started;
 }
 
@@ -331,6 +325,12 @@ Result SignIn::finishQuery(std::string_view received, std::string_view pendingTe
     parts_->rememberRequest(pending);
     return believed(Verdict::answered, reading, "the provider answered");
   });
+}
+
+std::string SignIn::pendingFor(const MadeRequest& request) const {
+  const Pending pending{request.asked,  request.id,      parts_->provider.entityId,
+                        request.issuer, request.subject, parts_->policy.clock()};
+  return pending.text();
 }
 
 }  // namespace kestrelink::signin

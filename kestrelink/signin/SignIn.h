@@ -45,6 +45,18 @@ struct Wishes {
   std::vector<std::string> contextClasses = {};
 };
 
+/// What a request asks for.
+enum class Asked { signIn, logout, query };
+
+/// A request that was made without a `SignIn`.
+struct MadeRequest {
+  Asked asked = Asked::signIn;
+  std::string id;
+  /// Of a query: its issuer, and the name identifier that it is about.
+  std::string issuer = {};
+  std::string subject = {};
+};
+
 /// Signs subscribers of one provider in and out, and asks the provider about them.
 ///
 ///     const signin::SignIn signIn(client, *provider, policy);
@@ -101,6 +113,9 @@ class KESTRELINK_SIGNIN_EXPORT SignIn {
   /// Takes the response to a query: `answered`, or `denied`. Read the values from
   /// `Result::response`, a decision with `standard::decisionForResource`.
   [[nodiscard]] Result finishQuery(std::string_view received, std::string_view pending) const;
+
+  /// What `Started::pending` is for a request that was made now in another way.
+  [[nodiscard]] std::string pendingFor(const MadeRequest& request) const;
 
  private:
   struct Parts;

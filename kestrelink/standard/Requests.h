@@ -7,11 +7,13 @@
 #include <algorithm>
 #include <initializer_list>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "kestrelink/standard/ElementCopy.h"
+#include "kestrelink/standard/Elements.h"
 #include "kestrelink/standard/StandardReading.h"
 
 namespace kestrelink::standard {
@@ -66,6 +68,26 @@ template <class Request>
                                         const SAMLResponse& response) {
   const auto subject = response.subject();
   return subject && setNameIdFrom(request, *subject);
+}
+
+/// Sets the accepted ways of authentication: URIs of classes (SAML 2.0 core, section 3.3.2.2.1), of
+/// which the provider uses one. Without any it is free to choose. Does nothing when the document
+/// has no `requestElement`.
+inline void setContextClasses(const SAMLAuthNRequest& request,
+                              const std::vector<std::string>& classes) {
+  const auto& element = request.requestElement();
+  if (!element) return;
+  for (const auto& old : element->getElementsByTagName("RequestedAuthnContext")) {
+    element->removeChildElement(old);
+  }
+  if (classes.empty()) return;
+  const auto context = newElement("RequestedAuthnContext", "samlp", kProtocolNamespace);
+  for (const std::string& each : classes) {
+    const auto reference = newElement("AuthnContextClassRef", "saml", kAssertionNamespace);
+    reference->setTextContent(each);
+    context->addChildElement(reference);
+  }
+  element->addChildElement(context);
 }
 
 /// Names the session to end: `authenticationSessionId()` of the response that began it. Does
