@@ -72,9 +72,7 @@ void libxmlFree(void* block) { release(throughLibxml2, block); }
 
 }  // namespace
 
-void installHooks() {
-  xmlMemSetup(&libxmlFree, &libxmlMalloc, &libxmlRealloc, &libxmlStrdup);
-}
+void installHooks() { xmlMemSetup(&libxmlFree, &libxmlMalloc, &libxmlRealloc, &libxmlStrdup); }
 
 void planFault(Through way, long nth, Place* place, bool lasting) {
   seen = failing = {};
