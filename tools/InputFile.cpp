@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include "Table.h"
 
@@ -27,6 +28,7 @@ std::optional<std::string> readInput(const std::string& path) {
     if (length < sizeof chunk) break;
   }
   if (!failed) return bytes;
+  if (errno == ENOMEM) throw std::bad_alloc();
   const char* const reason = std::strerror(errno);
   std::fprintf(stderr, "ksaml: cannot read %s: %s\n", printable(path).c_str(), reason);
   return std::nullopt;

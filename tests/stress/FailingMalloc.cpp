@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 
 namespace {
@@ -10,7 +11,9 @@ namespace {
 bool fails() {
   static const char* const number = std::getenv("FAILING");
   static long left = number == nullptr ? 0 : std::atol(number);
-  return --left == 0 && ::write(9, "failed", 6) == 6;
+  if (--left != 0 || ::write(9, "failed", 6) != 6) return false;
+  errno = ENOMEM;
+  return true;
 }
 
 }  // namespace
