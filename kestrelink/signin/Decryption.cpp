@@ -98,35 +98,32 @@ std::optional<std::string> withoutPadding(std::string text, std::size_t blockSiz
   return text;
 }
 
+// Nothing when the padding or, in GCM, the text is not what was encrypted.
 std::optional<std::string> deciphered(const Cipher& method, const std::string& key,
                                       std::string_view text) {
-  constexpr std::size_t kTag = 16;
   const EVP_CIPHER* const cipher = method.cipher();
   const auto ivSize = static_cast<std::size_t>(EVP_CIPHER_get_iv_length(cipher));
-  const std::size_t tagSize = method.isAuthentic ? kTag : 0;
+  const std::size_t tagSize = method.isAuthentic ? 16 : 0;
   if (key.size() != static_cast<std::size_t>(EVP_CIPHER_get_key_length(cipher)) ||
       text.size() < ivSize + tagSize) {
     return std::nullopt;
   }
   const std::unique_ptr<EVP_CIPHER_CTX, Release> context(EVP_CIPHER_CTX_new());
   if (!context) throw std::bad_alloc();
-  std::string tag(text.substr(text.size() - tagSize));
   const std::string_view body = text.substr(ivSize, text.size() - ivSize - tagSize);
+  std::string tag(text.substr(text.size() - tagSize));
   std::string plain(body.size() + EVP_MAX_BLOCK_LENGTH, '\0');
   int size = 0, rest = 0;
-  bool succeeded =
+  const bool succeeded =
       EVP_DecryptInit_ex(context.get(), cipher, nullptr, bytes(key), bytes(text)) == 1 &&
-      EVP_CIPHER_CTX_set_padding(context.get(), 0) == 1;
-  if (method.isAuthentic) {
-    succeeded = succeeded && EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_AEAD_SET_TAG,
-                                                 static_cast<int>(kTag), tag.data()) == 1;
-  }
-  succeeded = succeeded &&
-              EVP_DecryptUpdate(context.get(), bytes(plain), &size, bytes(body),
-                                static_cast<int>(body.size())) == 1 &&
-              EVP_DecryptFinal_ex(context.get(), bytes(plain) + size, &rest) == 1;
+      EVP_CIPHER_CTX_set_padding(context.get(), 0) == 1 &&
+      (tag.empty() || EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_AEAD_SET_TAG,
+                                          static_cast<int>(tagSize), tag.data()) == 1) &&
+      EVP_DecryptUpdate(context.get(), bytes(plain), &size, bytes(body),
+                        static_cast<int>(body.size())) == 1 &&
+      EVP_DecryptFinal_ex(context.get(), bytes(plain) + size, &rest) == 1;
   if (!succeeded) return std::nullopt;
-  plain.resize(static_cast<std::size_t>(size + rest));
+  plain.resize(static_cast<std::size_t>(size) + static_cast<std::size_t>(rest));
   if (method.isAuthentic) return plain;
   return withoutPadding(plain, static_cast<std::size_t>(EVP_CIPHER_get_block_size(cipher)));
 }

@@ -62,7 +62,7 @@ void requireSigned(const Signer& signer, const std::function<bool(EVP_PKEY*)>& i
       why = unusable;
     }
   }
-  throw why;
+  throw Refusal(why);
 }
 
 Key privateKeyOf(const std::string& pem) {

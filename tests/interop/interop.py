@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Sends ksaml's requests to real identity providers, reads their responses, and prints a table.
 
-usage: interop.py [--update] KSAML VERIFY_THEN_READ FOLDER PROVIDER...
+usage: interop.py [--update] KSAML FOLDER PROVIDER...
 
 A provider is a program that takes jobs as lines of JSON and writes what it read in the request and its
 response, or why it refused. FOLDER gets keys, metadata, logs and messages. as_is.txt keeps what each
@@ -33,8 +33,8 @@ SETUP = json.loads(content("setup.json"))
 # Each provider: its adapter, a command that succeeds where it is installed, how it takes each kind of request, and
 # the outcomes that it does not have. What is left out here docs/providers.md explains.
 PROVIDERS = {each["name"]: each for each in json.loads(content("providers.json"))}
-# Each case: the request, with options of ksaml; the outcome and the signatures that the provider is told; the exit
-# status or the words of verify_then_read, which takes nothing but a sign-in for one.
+# Each case: the request, with options of ksaml; the outcome and the signatures that the provider is told; what
+# ksaml says when it verifies the response.
 CASES = json.loads(content("cases.json"))
 
 
@@ -97,8 +97,8 @@ class Provider:
 class Client:
     """What asks a provider, and the subject of its last sign-in there."""
 
-    def __init__(self, ksaml, verify, provider):
-        self.ksaml, self.verify, self.provider = ksaml, verify, provider
+    def __init__(self, ksaml, provider):
+        self.ksaml, self.provider = ksaml, provider
         self.subject = os.path.join(HERE, "../fixtures/answer.xml")
         self.user, self.session = "t-58f20c7be1", "s-20260115-0042"
 
@@ -141,18 +141,15 @@ class Client:
             "status": found["statusCodes"][-1:],  # nothing depends on when a message was made
             "unreadDates": [each for each in found["unreadDates"] if each["attribute"] != "IssueInstant"]}
 
-    def verdict(self, message, wanted):
-        """Exit status and words of verify_then_read; of openssl for a signature in a URL."""
-        if "&Signature=" in message:
-            text, _, signature = message.split("?", 1)[1].partition("&Signature=")
-            with open("signature", "wb") as file:
-                file.write(base64.b64decode(urllib.parse.unquote(signature)))
-            good = run("openssl", "dgst", "-sha256", "-verify", "public.pem", "-signature", "signature",
-                       write("signed", text)).returncode == 0
-            return (5, "") if good else (1, "the text was changed")
-        said = run(self.verify, "--audience", wanted["issuer"], "--issuer", SETUP["idp"],
-                   "--in-response-to", wanted["id"], "cert.pem", write("verified.xml", xml_of(message)))
-        return said.returncode, said.stdout.strip()
+    def verdict(self, kind, message, wanted):
+        """What ksaml says when it verifies, and its explanation."""
+        options = ["--certificate", "cert.pem", "--provider", SETUP["idp"], "--audience", wanted["issuer"],
+                   "--acs-url", SETUP["acs"], "--in-response-to", wanted["id"]]
+        if kind in ("attributes", "authz"):
+            options += ["--query-about", self.user]
+        said = run(self.ksaml, "read", "--json", *options, write("message", message)).stdout
+        verification = json.loads(said)["verification"] if said else {"verdict": None, "explanation": "not read"}
+        return verification["verdict"], verification["explanation"]
 
 
 def wanted_response(asked, told):
@@ -199,15 +196,14 @@ def row(client, case):
     told |= result.get("told", {})
     path = write(re.sub(r"\W+", "-", f"{client.provider.name}-{name}"), result["response"])
     found = client.read(path)
-    status, words = client.verdict(result["response"], asked)
+    said, words = client.verdict(kind, result["response"], asked)
     changed = tampered(result["response"], told)
-    refusal, reason = client.verdict(changed, asked)
-    caught = changed != xml_of(result["response"]) and refusal == 1 and "text was changed" in reason
-    good = verdict == status if isinstance(verdict, int) else verdict in words
+    refusal, reason = client.verdict(kind, changed, asked)
+    caught = changed != xml_of(result["response"]) and refusal == "refused" and "text was changed" in reason
     wrong = [unread, [] if found["accepted"] else ["not accepted"],
              differences(wanted_response(asked, told), found),
-             [] if good else [f"verify_then_read: {status} {words}"],
-             [] if caught else [f"verify_then_read, tampered: {refusal} {reason}"]]
+             [] if verdict == said else [f"verified: {said}: {words}"],
+             [] if caught else [f"verified, tampered: {refusal}: {reason}"]]
     if name == "authn":
         client.subject, client.user, client.session = path, found["user"], found["authenticationSessionId"]
     return ["NO" if each else "yes" for each in wrong], sum(wrong, [])
@@ -229,7 +225,6 @@ def set_up(folder):
     os.chdir(folder)
     run("openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-subj", "/CN=interop",
         "-keyout", "key.pem", "-out", "cert.pem")
-    write("public.pem", run("openssl", "x509", "-in", "cert.pem", "-noout", "-pubkey").stdout)
     write("setup.json", json.dumps(SETUP))
     with open("cert.pem") as file:
         certificate = "".join(file.read().split("\n")[1:-2])
@@ -251,7 +246,7 @@ def compare(said, names, update):
 
 def main():
     arguments = [each for each in sys.argv[1:] if each != "--update"]
-    (ksaml, verify), folder, names = map(os.path.abspath, arguments[:2]), arguments[2], arguments[3:]
+    ksaml, folder, names = os.path.abspath(arguments[0]), arguments[1], arguments[2:]
     os.environ["PATH"] += ":" + os.path.dirname(ksaml)
     os.environ["PYTHONDONTWRITEBYTECODE"] = "1"  # the source tree stays as it is
     missing = [name for name in names if run("env", *PROVIDERS[name]["installed"]).returncode]
@@ -262,7 +257,7 @@ def main():
     failures, said = 0, []
     print(f"{'provider':14}{'message':25}understood accepted   right      verified   tampered refused")
     for name in names:
-        client, began = Client(ksaml, verify, Provider(name)), time.monotonic()
+        client, began = Client(ksaml, Provider(name)), time.monotonic()
         for case in CASES:
             cells, problems = row(client, case)
             print(f"{name:14}{case['name']:25}" + " ".join(f"{each:10}" for each in cells).rstrip())
