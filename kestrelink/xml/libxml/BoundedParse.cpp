@@ -109,7 +109,7 @@ XmlDocOwner Parser::parse() {
 void Parser::startDocument(void* context) noexcept {
   auto* const parser = static_cast<xmlParserCtxt*>(context);
   Parser& self = of(context);
-  const std::size_t most = self.cost_.allowed(MessageCost::attributesOfATag);
+  const auto most = static_cast<std::size_t>(self.cost_.allowed(MessageCost::attributesOfATag));
   try {
     if (mayHoldTagWithMoreAttributes(self.bytes_.size(), most) &&
         hasTagWithMoreAttributes(libxmlTextAhead(*parser->input), most)) {
