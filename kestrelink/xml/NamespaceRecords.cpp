@@ -56,11 +56,9 @@ std::vector<const XMLWrapperNamespace*> NamespaceRecords::latestBindings() const
   std::unordered_set<std::string_view> bound;
   std::vector<const XMLWrapperNamespace*> bindings;
   for (const Record* const record : latestFirst) {
-    const NamespaceMap& recorded = record->withAllAfter;
-    for (std::size_t position = 0; position < recorded.size(); ++position) {
-      const XMLWrapperNamespace& ns = *recorded.at(position);
-      if (!seen.insert(&ns).second) break;  // all after it were seen too
-      if (ns.prefix() && bound.insert(*ns.prefix()).second) bindings.push_back(&ns);
+    for (const auto& ns : record->withAllAfter) {
+      if (!seen.insert(ns.get()).second) break;  // all after it were seen too
+      if (ns->prefix() && bound.insert(*ns->prefix()).second) bindings.push_back(ns.get());
     }
   }
   return bindings;

@@ -64,7 +64,10 @@ unsigned XMLWrapperElementFactory::elementTypeByTagName(std::string_view /*tagNa
 
 const XMLWrapperElementClass& XMLWrapperElementFactory::classForXMLNode(const xmlNode* node) const {
   const XMLWrapperElementClass* const registered = elementClassByTagName(viewOf(node->name));
-  return registered != nullptr ? *registered : *elementClassByTagName(kXMLWrapperDefaultElementKey);
+  if (registered != nullptr) return *registered;
+  Registry& all = registry();
+  const std::lock_guard guard(all.lock);
+  return *all.classes.find(kXMLWrapperDefaultElementKey)->second;
 }
 
 }  // namespace kestrelink
