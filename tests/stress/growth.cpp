@@ -128,7 +128,7 @@ class Composer {
     }
   }
 
-  std::size_t below(std::size_t end) { return random_() % end; }
+  std::size_t below(std::size_t end) { return static_cast<std::size_t>(random_() % end); }
 
   // In the recipe one to three counts follow the scale.
   std::string recipe() {
